@@ -1,0 +1,44 @@
+# What the project's targets share: compile options, and shared objects that export a list of names.
+
+# korv_flags: warnings, sanitizers and instruction set, for every target of the project.
+add_library(korv_flags INTERFACE)
+target_compile_options(korv_flags INTERFACE -Wall -Wextra -Wpedantic)
+# Time does not end in 2038 on 32 bits either.
+target_compile_definitions(korv_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+if(KORV_WERROR)
+  target_compile_options(korv_flags INTERFACE -Werror)
+endif()
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND KORV_SSE2)
+  target_compile_options(korv_flags INTERFACE -msse2 -mfpmath=sse)
+endif()
+if(KORV_SANITIZE)
+  target_compile_options(korv_flags INTERFACE -fsanitize=address,undefined
+                                              -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(korv_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# korv_shared_object(target exports): C++ inside, a plain C interface outside. Exactly the names in the
+# file `exports` are visible, and no C++ run-time library is needed. Callers may enter with a stack
+# that is aligned to 4 bytes only.
+function(korv_shared_object target exports)
+  file(STRINGS ${exports} lines REGEX "^(function|data) ")
+  set(names "")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^[a-z]+ ([A-Za-z0-9_]+).*" "    \\1;\n" name "${line}")
+    string(APPEND names "${name}")
+  endforeach()
+  set(map ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
+  file(CONFIGURE OUTPUT ${map} CONTENT "{\nglobal:\n${names}local:\n    *;\n};\n" @ONLY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C LINK_DEPENDS ${map}
+                                             CXX_VISIBILITY_PRESET hidden
+                                             VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
+                                           -fno-threadsafe-statics>)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_options(${target} PRIVATE -mstackrealign)
+  endif()
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,defs -Wl,-z,relro
+                                        -Wl,-z,now)
+  target_link_libraries(${target} PRIVATE korv_flags)
+endfunction()
