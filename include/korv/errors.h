@@ -1,0 +1,99 @@
+/* Error chain of a request, and the capture of message tokens as wide text.
+ *
+ * Order of calls:
+ *   1. take an ErrorAnchor from malloc(), zero-fill it, store it in the block's errorAnchor
+ *   2. for each error: ErrorCapture once, then TokenCapture once for each of its tokens
+ *   3. read the chain from head; TermErrors; clear errorAnchor
+ *
+ * An anchor belongs to one request and one thread at a time.
+ */
+#ifndef KORV_ERRORS_H
+#define KORV_ERRORS_H
+
+#include "korv/base.h"
+#include "korv/ctrlblk.h"
+#include "korv/datatypes.h"
+#include "korv/tokens.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* One message token of an error. */
+typedef struct TokenSlot {
+    uint32_t tokenId; /* KorvTokenId; 0 while the slot is unused */
+    wchar_t* text;    /* zero-terminated; owned by the record; empty when the capture failed */
+} TokenSlot;
+
+/* One error. Header "ECBD", 21, and always the length 32, whatever the number of slots. Note that
+ * the second code precedes the first. */
+typedef struct ErrorRecord {
+    struct ErrorRecord* next;
+    BlockHeader header;
+    int16_t tokenSlotCount; /* as given by the caller, 0 and negative included */
+    uint32_t secondCode;
+    uint32_t firstCode;
+    TokenSlot tokenSlots[1]; /* really max(tokenSlotCount, 1) slots */
+} ErrorRecord;
+
+/* Head of a request's error chain. The sizes tell how many bytes the flattened errors need. */
+typedef struct ErrorAnchor {
+    ErrorRecord* head;    /* empty while there is no error */
+    ErrorRecord* tail;    /* the newest record; meaningful while head is not empty */
+    uint32_t recordCount; /* records opened since the anchor was zeroed */
+    uint32_t largestSize; /* bytes: the largest value of currentSize so far */
+    uint32_t currentSize; /* bytes accounted for the newest record */
+} ErrorAnchor;
+
+/* ErrorCaptureEAB appends a zeroed record with max(slotCount, 1) token slots to the chain.
+ *
+ * currentSize becomes the record's 24 + 8 * max(slotCount, 1) bytes plus 8 * slotCount (a negative
+ * count lowers it); largestSize follows. The chain owns the record.
+ * Returns 0; -1 when the anchor is empty (nothing is changed) or memory runs out: then the chain and
+ * recordCount are unchanged, and currentSize is the size of the record that could not be had. */
+KORV_API int32_t ErrorCaptureEAB(ErrorAnchor* anchor, uint32_t firstCode, uint32_t secondCode,
+                                 int16_t slotCount);
+
+/* ErrorCapture is ErrorCaptureEAB for the errorAnchor of `block`, which must not be empty. */
+KORV_API int32_t ErrorCapture(const CtrlBlkI* block, uint32_t firstCode, uint32_t secondCode,
+                              int16_t slotCount);
+
+/* TermErrors releases every record with its token texts, and the anchor itself, which must come from
+ * malloc(). Two kinds of text are not released: one captured under identifier 0, and one in the slot
+ * just behind the record's last (see TokenCaptureEAB). A caller that makes them frees them first.
+ * Returns 0, also for an empty anchor. */
+KORV_API int32_t TermErrors(ErrorAnchor* anchor);
+
+/* TokenCaptureEAB turns `value` into wide text and stores it under `tokenId` in the first unused
+ * slot of the newest record; the anchor must have one.
+ *
+ * `length` is the size of the value in bytes and is used only for CHAR, DATETIME_CHAR, WCHAR and
+ * DATETIME_WCHAR. An empty `value` of a text type is captured as "<NULL>". Identifier 0 is stored,
+ * but leaves the slot unused for the next capture. When all slots are taken, one further token is
+ * accepted into the slot behind the last, and each later one replaces it; a text that is replaced is
+ * not released.
+ *
+ * currentSize grows by the text's characters * 4 + 4 bytes (by 4 only for an integer of value 0),
+ * and largestSize follows. What the companion conversion library leaves in the text is the text; its
+ * result is not checked.
+ *
+ * Returns, in the order of the tests:
+ *   -1  the anchor is empty; nothing is changed
+ *    1  tokenId is 91 or more; nothing is changed
+ *    2  the record's slot count is negative; nothing is changed
+ *   -1  an empty value of a type that is not text, or no memory: the slot is used up, its text empty
+ *    3  a value of a type that cannot be captured: the slot is used up, its text empty
+ *    0  captured */
+KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t dataType,
+                                 uint32_t tokenId, uint32_t length);
+
+/* TokenCapture is TokenCaptureEAB for the errorAnchor of `block`, but tests tokenId before it reads
+ * the block, which must not be empty. */
+KORV_API int32_t TokenCapture(const CtrlBlkI* block, const void* value, int16_t dataType,
+                              uint32_t tokenId, uint32_t length);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
