@@ -1,0 +1,29 @@
+// The process heap as the library uses it: zero-filled blocks.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+namespace korv::heap {
+
+inline void* zeroed(std::size_t bytes) noexcept {
+    void* block = std::malloc(bytes);
+    if (block) std::memset(block, 0, bytes);
+    return block;
+}
+
+// A zero-filled record, or null.
+template <class Record>
+Record* record() noexcept {
+    return static_cast<Record*>(zeroed(sizeof(Record)));
+}
+
+// A zero-filled block of `room` bytes that begins with a copy of `bytes` bytes, or null.
+inline void* copy(const void* source, std::size_t bytes, std::size_t room) noexcept {
+    void* block = zeroed(room);
+    if (block && bytes) std::memcpy(block, source, bytes);
+    return block;
+}
+
+}  // namespace korv::heap

@@ -1,0 +1,18 @@
+// Linked lists of heap records.
+#pragma once
+
+#include <cstdlib>
+
+namespace korv {
+
+// Frees every record of a list, front to back, and leaves the list empty.
+template <class Record>
+void freeList(Record*& head) noexcept {
+    while (head) {
+        Record* next = head->link;
+        std::free(head);
+        head = next;
+    }
+}
+
+}  // namespace korv
