@@ -1,0 +1,73 @@
+// Error chain: opening a record, releasing the chain.
+#include "errors/error_chain.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "common/header.h"
+#include "common/heap.h"
+
+namespace korv {
+
+void account(ErrorAnchor& anchor, uint32_t bytes) noexcept {
+    anchor.currentSize += bytes;
+    anchor.largestSize = std::max(anchor.largestSize, anchor.currentSize);
+}
+
+namespace {
+
+constexpr uint32_t slotBytes = 8;
+constexpr uint16_t oneSlotRecordBytes = 32;
+
+int32_t openRecord(ErrorAnchor& anchor, uint32_t firstCode, uint32_t secondCode,
+                   int16_t slotCount) noexcept {
+    const auto slots = static_cast<uint32_t>(std::max<int16_t>(slotCount, 1));
+    anchor.currentSize = oneSlotRecordBytes + (slots - 1) * slotBytes;
+
+    // One slot more than is accounted: a full record accepts one token behind its last slot.
+    auto* record =
+        static_cast<ErrorRecord*>(heap::zeroed(sizeof(ErrorRecord) + slots * sizeof(TokenSlot)));
+    (anchor.head ? anchor.tail->next : anchor.head) = record;
+    if (!record) return KORV_FAILURE;
+    anchor.tail = record;
+
+    writeHeader(record->header, "ECBD", oneSlotRecordBytes);
+    record->firstCode = firstCode;
+    record->secondCode = secondCode;
+    record->tokenSlotCount = slotCount;
+
+    ++anchor.recordCount;
+    account(anchor, static_cast<uint32_t>(slotCount) * slotBytes);
+    return KORV_SUCCESS;
+}
+
+void release(ErrorAnchor* anchor) noexcept {
+    while (ErrorRecord* record = anchor->head) {
+        for (int16_t i = 0; i < record->tokenSlotCount; ++i) {
+            const TokenSlot& slot = record->tokenSlots[i];
+            if (slot.tokenId != KORV_TOKID_UNUSED) std::free(slot.text);
+        }
+        anchor->head = record->next;
+        std::free(record);
+    }
+    std::free(anchor);
+}
+
+}  // namespace
+}  // namespace korv
+
+int32_t ErrorCaptureEAB(ErrorAnchor* anchor, uint32_t firstCode, uint32_t secondCode,
+                        int16_t slotCount) {
+    if (!anchor) return KORV_FAILURE;
+    return korv::openRecord(*anchor, firstCode, secondCode, slotCount);
+}
+
+int32_t ErrorCapture(const CtrlBlkI* block, uint32_t firstCode, uint32_t secondCode,
+                     int16_t slotCount) {
+    return ErrorCaptureEAB(block->errorAnchor, firstCode, secondCode, slotCount);
+}
+
+int32_t TermErrors(ErrorAnchor* anchor) {
+    if (anchor) korv::release(anchor);
+    return KORV_SUCCESS;
+}
