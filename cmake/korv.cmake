@@ -35,6 +35,9 @@ function(korv_shared_object target exports)
                                              VISIBILITY_INLINES_HIDDEN ON)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
                                            -fno-threadsafe-statics>)
+  # A zeroed block stays malloc and memset: the compiler would make it calloc, which glibc's per-thread
+  # cache does not serve. The few bytes of thread-local state need no call into the loader.
+  target_compile_options(${target} PRIVATE -fno-builtin-malloc -ftls-model=initial-exec)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -mstackrealign)
   endif()
