@@ -1,0 +1,179 @@
+// Sybase day numbers and ODBC dates: every day of the years 1 to 9999 against a plain calendar, and
+// anything else against the calculation written out step by step with its 16-bit intermediates.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "korv/datatypes.h"
+#include "support/fenced.h"
+
+namespace {
+
+bool same(const OdbcDate& a, const OdbcDate& b) {
+    return a.year == b.year && a.month == b.month && a.day == b.day;
+}
+
+std::string text(const OdbcDate& date) {
+    return std::to_string(date.year) + '-' + std::to_string(date.month) + '-' +
+           std::to_string(date.day);
+}
+
+int32_t wrap(int64_t value) {
+    return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
+
+OdbcDate dateByTheSteps(int32_t number) {
+    const int32_t j = wrap(int64_t{number} + 693902);
+    const int32_t t = wrap(int64_t{4} * j - 1);
+    const int16_t q = static_cast<int16_t>(t / 146097);
+    uint16_t d = static_cast<uint16_t>((t - 146097 * q) / 4);
+    const int32_t u = 4 * d + 3;
+    const int32_t y = u / 1461;
+    d = static_cast<uint16_t>(u - 1461 * y);
+    d = static_cast<uint16_t>((d + 4) / 4);
+    const int32_t v = 5 * d - 3;
+    const uint16_t m = static_cast<uint16_t>(v / 153);
+    d = static_cast<uint16_t>(v - 153 * m);
+    OdbcDate date;
+    date.day = static_cast<uint16_t>((d + 5) / 5);
+    date.year = static_cast<int16_t>(100 * q + y);
+    if (m <= 9) {
+        date.month = static_cast<uint16_t>(m + 3);
+    } else {
+        date.month = static_cast<uint16_t>(m - 9);
+        date.year = static_cast<int16_t>(date.year + 1);
+    }
+    return date;
+}
+
+int32_t numberByTheSteps(const OdbcDate& date) {
+    int16_t year = date.year;
+    int32_t m;
+    if (date.month > 2) {
+        m = date.month - 3;
+    } else {
+        m = date.month + 9;
+        year = static_cast<int16_t>(year - 1);
+    }
+    const int16_t q = static_cast<int16_t>(year / 100);
+    const int16_t ya = static_cast<int16_t>(year - 100 * q);
+    return 146097 * q / 4 + 1461 * ya / 4 + (153 * m + 2) / 5 + date.day - 693902;
+}
+
+// Both functions with arguments that end at unreadable pages.
+class DayNumbersTest : public testing::Test {
+  protected:
+    OdbcDate toDate(int32_t number) {
+        number_[0] = number;
+        date_[0] = {-1, 0xFFFF, 0xFFFF};
+        KORVIntSYBToODBC(number_.data(), date_.data());
+        EXPECT_EQ(number, number_[0]);
+        return date_[0];
+    }
+    int32_t toNumber(OdbcDate date) {
+        date_[0] = date;
+        number_[0] = 0x5A5A5A5A;
+        KORVIntODBCToSYB(date_.data(), number_.data());
+        EXPECT_TRUE(same(date, date_[0]));
+        return number_[0];
+    }
+    void compareNumber(int32_t number) {
+        const OdbcDate date = toDate(number);
+        ASSERT_TRUE(same(dateByTheSteps(number), date))
+            << number << " gives " << text(date) << ", not " << text(dateByTheSteps(number));
+    }
+    void compareDate(OdbcDate date) {
+        ASSERT_EQ(numberByTheSteps(date), toNumber(date)) << text(date);
+    }
+    void TearDown() override { EXPECT_TRUE(number_.intact() && date_.intact()); }
+
+  private:
+    Fenced<int32_t> number_{std::size_t{1}, Fenced<int32_t>::Fence::behind};
+    Fenced<OdbcDate> date_{std::size_t{1}, Fenced<OdbcDate>::Fence::behind};
+};
+
+TEST_F(DayNumbersTest, EveryDayOfTheYears1To9999BothWays) {
+    static const int lengths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    int32_t number = -693595;
+    for (int year = 1; year <= 9999; ++year) {
+        const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+        for (int month = 1; month <= 12; ++month) {
+            const int length = lengths[month - 1] + (leap && month == 2);
+            for (int day = 1; day <= length; ++day, ++number) {
+                const OdbcDate date = {static_cast<int16_t>(year), static_cast<uint16_t>(month),
+                                       static_cast<uint16_t>(day)};
+                ASSERT_TRUE(same(date, toDate(number))) << number << " is " << text(date);
+                ASSERT_EQ(number, toNumber(date)) << text(date);
+            }
+        }
+    }
+    EXPECT_EQ(2958463 + 1, number);
+}
+
+TEST_F(DayNumbersTest, KnownDays) {
+    struct {
+        int32_t number;
+        OdbcDate date;
+    } const days[] = {{0, {1900, 1, 1}},        {-1, {1899, 12, 31}},    {58, {1900, 2, 28}},
+                      {59, {1900, 3, 1}},       {36524, {2000, 1, 1}},   {36583, {2000, 2, 29}},
+                      {-53690, {1753, 1, 1}},   {73048, {2099, 12, 31}}, {-693595, {1, 1, 1}},
+                      {2958463, {9999, 12, 31}}};
+    for (const auto& day : days) {
+        EXPECT_TRUE(same(day.date, toDate(day.number))) << text(day.date);
+        EXPECT_EQ(day.number, toNumber(day.date)) << text(day.date);
+    }
+}
+
+TEST_F(DayNumbersTest, NumbersAroundEveryTurningPoint) {
+    // Ends of the 32-bit range, day 0 of the count, and where adding the offset or multiplying
+    // wraps.
+    for (int64_t middle : {int64_t{INT32_MIN}, int64_t{INT32_MAX}, int64_t{0}, int64_t{-693902},
+                           int64_t{INT32_MAX} - 693902, int64_t{536870912} - 693902,
+                           int64_t{-536870912} - 693902, int64_t{1073741824} - 693902,
+                           int64_t{-1073741824} - 693902, int64_t{-693595}, int64_t{2958463}}) {
+        for (int64_t step = -3000; step <= 3000; ++step) compareNumber(wrap(middle + step));
+    }
+    // The ends of the 16-bit years.
+    for (int64_t year : {-32768, -1, 0, 32767}) {
+        const int64_t middle = year * 146097 / 400 - 693902;
+        for (int64_t step = -1000; step <= 1000; ++step) compareNumber(wrap(middle + step));
+    }
+}
+
+TEST_F(DayNumbersTest, NumbersOfTheWholeRange) {
+    for (int64_t number = INT32_MIN; number <= INT32_MAX; number += 1999) {
+        compareNumber(static_cast<int32_t>(number));
+    }
+    std::mt19937 random(19000101);
+    for (int i = 0; i < 1000000; ++i) compareNumber(static_cast<int32_t>(random()));
+}
+
+TEST_F(DayNumbersTest, ImpossibleDatesGoThroughTheSameSteps) {
+    for (int year = INT16_MIN; year <= INT16_MAX; ++year) {
+        for (uint16_t month = 0; month <= 14; ++month) {
+            for (uint16_t day : {0, 1, 32, 65535}) {
+                compareDate({static_cast<int16_t>(year), month, day});
+            }
+        }
+    }
+    for (int value = 0; value <= 65535; ++value) {
+        const uint16_t any = static_cast<uint16_t>(value);
+        for (int16_t year : {INT16_MIN, -101, -1, 0, 1, 1999, 2000, INT16_MAX}) {
+            compareDate({year, any, 1});
+            compareDate({year, 2, any});
+            compareDate({year, any, any});
+        }
+    }
+}
+
+TEST_F(DayNumbersTest, AnyDateRecord) {
+    std::mt19937 random(99991231);
+    for (int i = 0; i < 1000000; ++i) {
+        const uint32_t bits = random();
+        compareDate({static_cast<int16_t>(bits), static_cast<uint16_t>(bits >> 16),
+                     static_cast<uint16_t>(random())});
+    }
+}
+
+}  // namespace
