@@ -1,9 +1,12 @@
 // Fixed-width numeric text: integers to digit fields and back, in both widths.
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
 #include <cwchar>
 #include <iterator>
 
+#include "common/block.h"
 #include "korv/numeric.h"
 
 // 256 blanks; the literals bring the terminators.
@@ -19,46 +22,126 @@ static_assert(sizeof PXSpaces == 257 && sizeof PXSpacesW == 1028);
 namespace korv {
 namespace {
 
-// Writes `width` digits; true when the value has no more than these. The remainders of a negative
-// value are negative, which gives its digits the codes 0x27 to 0x30.
+// The characters of 00 to 99, in either width.
 template <class Char>
-bool writeDigits(int32_t value, int16_t width, Char* field) noexcept {
-    for (int16_t i = width; i > 0; --i) {
-        field[i - 1] = static_cast<Char>('0' + value % 10);
+struct DigitPair {
+    Char characters[2];
+};
+template <class Char>
+constexpr auto digitPairs = [] {
+    std::array<DigitPair<Char>, 100> table{};
+    for (int i = 0; i < 100; ++i) {
+        table[i] = {static_cast<Char>('0' + i / 10), static_cast<Char>('0' + i % 10)};
+    }
+    return table;
+}();
+
+// Writes the `width` low-order digits, two at a time; true when the value has no more than these.
+template <class Char>
+bool writeDigits(uint32_t value, int32_t width, Char* field) noexcept {
+    for (; width >= 2; width -= 2) {
+        copyFixed<2 * sizeof(Char)>(field + width - 2, &digitPairs<Char>[value % 100]);
+        value /= 100;
+    }
+    if (width > 0) {
+        field[0] = static_cast<Char>('0' + value % 10);
         value /= 10;
     }
     return value == 0;
 }
 
+// The digits of a negative value lie as far below '0' as those of its magnitude lie above.
+template <class Char>
+void reflectDigits(int32_t width, Char* field) noexcept {
+    for (int32_t i = 0; i < width; ++i) field[i] = static_cast<Char>(2 * '0' - field[i]);
+}
+
 template <class Char>
 int32_t writeField(int32_t value, int16_t width, Char* field, bool terminated) noexcept {
-    const bool fits = writeDigits(value, width, field);
+    const auto bits = static_cast<uint32_t>(value);
+    const bool fits = writeDigits(value < 0 ? 0 - bits : bits, width, field);
+    if (value < 0) reflectDigits(width, field);
     if (terminated && width >= 0) field[width] = 0;
     return fits ? KORV_SUCCESS : KORV_FAILURE;
 }
 
-// The table's terminator takes part in the comparison. Narrow tails are compared as they are; wide
-// ones like text, which ends where tail and table both do.
+// The table's terminator takes part in the comparison: narrow tails are compared as they are, so
+// that a zero behind 256 blanks is equal to it.
 bool isBlankTail(const char* tail, std::size_t length) noexcept {
     return length <= std::size(PXSpaces) && std::memcmp(tail, PXSpaces, length) == 0;
 }
-bool isBlankTail(const wchar_t* tail, std::size_t length) noexcept {
-    return std::wcsncmp(tail, PXSpacesW, std::min(length, std::size(PXSpacesW))) == 0;
+
+// Whether `length` characters are blanks, four blocks at a time once they are aligned: blocks lie
+// within the length and never reach into another page.
+bool isBlank(const wchar_t* text, std::size_t length) noexcept {
+    constexpr std::size_t stride = 4 * blockUnits<wchar_t>;
+    const wchar_t* const end = text + length;
+    for (; text != end && !isAligned<stride * sizeof(wchar_t)>(text); ++text) {
+        if (*text != L' ') return false;
+    }
+    for (; static_cast<std::size_t>(end - text) >= stride; text += stride) {
+        Block<wchar_t> different{};
+        for (std::size_t i = 0; i < stride; i += blockUnits<wchar_t>) {
+            different |= loadBlock(text + i) ^ L' ';
+        }
+        if (anyLane(different != 0)) return false;
+    }
+    return std::find_if(text, end, [](wchar_t c) { return c != L' '; }) == end;
 }
 
+// Wide tails are compared like text, which ends where tail and table both do.
+bool isBlankTail(const wchar_t* tail, std::size_t length) noexcept {
+    constexpr std::size_t blanks = std::size(PXSpacesW) - 1;
+    return isBlank(tail, std::min(length, blanks)) && (length <= blanks || tail[blanks] == 0);
+}
+
+// Stores the number when the tail is blank. A call of its own, so that a field without a tail is
+// read without any.
 template <class Char>
-int32_t readField(const Char* field, int16_t digits, int16_t width, int32_t& value) noexcept {
-    uint32_t sum = 0;
+[[gnu::noinline]] int32_t acceptBlankTail(const Char* tail, std::size_t length, uint32_t number,
+                                          int32_t& value) noexcept {
+    if (!isBlankTail(tail, length)) return KORV_FAILURE;
+    value = static_cast<int32_t>(number);
+    return KORV_SUCCESS;
+}
+
+// Appends a digit to a number; false when the character is none.
+template <class Char>
+bool appendDigit(Char character, uint32_t& number) noexcept {
+    const auto digit = static_cast<uint32_t>(character) - '0';
+    number = number * 10 + digit;
+    return digit <= 9;
+}
+
+// Appends four narrow digits at once: neighbours are joined to two numbers below 100, then to one.
+bool appendFourDigits(const char* characters, uint32_t& number) noexcept {
+    uint32_t lanes;
+    std::memcpy(&lanes, characters, sizeof lanes);
+    lanes ^= 0x30303030;
+    if ((lanes | (lanes + 0x06060606)) & 0xF0F0F0F0) return false;
+    lanes = (lanes * 10 + (lanes >> 8)) & 0x00FF00FF;
+    number = number * 10000 + ((lanes * 100 + (lanes >> 16)) & 0xFFFF);
+    return true;
+}
+static_assert(std::endian::native == std::endian::little);
+
+template <class Char>
+[[gnu::always_inline]] inline int32_t readField(const Char* field, int16_t digits, int16_t width,
+                                                int32_t& value) noexcept {
+    uint32_t number = 0;
     int32_t at = 0;
+    if constexpr (sizeof(Char) == 1) {
+        for (; digits - at >= 4; at += 4) {
+            if (!appendFourDigits(field + at, number)) return KORV_FAILURE;
+        }
+    }
     for (; at < digits; ++at) {
-        const auto digit = static_cast<uint32_t>(field[at]) - '0';
-        if (digit > 9) return KORV_FAILURE;
-        sum = sum * 10 + digit;
+        if (!appendDigit(field[at], number)) return KORV_FAILURE;
     }
-    if (width > at && !isBlankTail(field + at, static_cast<std::size_t>(width - at))) {
-        return KORV_FAILURE;
+    if (width > at) {
+        return acceptBlankTail(field + at, static_cast<std::size_t>(width - at), number, value);
     }
-    value = static_cast<int32_t>(sum);
+    value = static_cast<int32_t>(number);
     return KORV_SUCCESS;
 }
 
@@ -86,7 +169,7 @@ int32_t PXNumToLong(const char* field, int16_t digits, int16_t width, int32_t* v
 }
 
 int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t width, int32_t* value) {
-    return korv::readField(field, digits, width, *value);
+    return PXNumToLong(field, digits, width, value);
 }
 
 int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t width, int32_t* value) {

@@ -7,11 +7,28 @@
 namespace korv {
 namespace {
 
-// Wraps when the reversed number needs more than 64 bits.
+constexpr uint32_t eightDigits = 100'000'000;
+
+// Appends the reversed digits of `value` to `number`, at least `digits` of them.
+uint64_t appendReversed(uint64_t number, uint32_t value, int digits) noexcept {
+    uint32_t reversed = 0;
+    uint64_t scale = 1;
+    for (; value != 0 || digits > 0; value /= 10, --digits) {
+        reversed = reversed * 10 + value % 10;
+        scale *= 10;
+    }
+    return number * scale + reversed;
+}
+
+// Eight digits at a time: a 64-bit division is the slow thing on 32 bits. Wraps when the result
+// needs more than 64 bits, as it would digit by digit.
 uint64_t reversedDigits(uint64_t value) noexcept {
     uint64_t result = 0;
-    for (; value != 0; value /= 10) result = result * 10 + value % 10;
-    return result;
+    while (value >= eightDigits) {
+        result = appendReversed(result, static_cast<uint32_t>(value % eightDigits), 8);
+        value /= eightDigits;
+    }
+    return appendReversed(result, static_cast<uint32_t>(value), 0);
 }
 
 }  // namespace

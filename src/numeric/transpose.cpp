@@ -1,6 +1,9 @@
 // Digit transposition: a keyed shift of every digit, then a keyed transposition in groups of four.
+#include <algorithm>
+#include <bit>
 #include <cstring>
 
+#include "common/block.h"
 #include "korv/numeric.h"
 #include "numeric/transposition_table.h"
 
@@ -9,12 +12,15 @@ namespace {
 
 constexpr int maxLength = 12;
 
-// A number under work: zero-filled behind its digits, so that whatever position a permutation names
+// A number under work, zero-filled behind its digits, so that whatever position a permutation names
 // holds something.
 template <class Char>
-using Digits = Char[maxLength + 1];
+using Digits = Char[maxLength + groupSize];
 
-// Moves each digit forward by shift + its position; returns the sum of the resulting digits. At
+// ---- Any characters and any shift
+// ----------------------------------------------------------------
+
+// Moves each character forward by shift + its position; returns the sum of the resulting digits. At
 // least one character is processed.
 template <class Char>
 int32_t shiftOnce(Digits<Char>& digits, int32_t shift) noexcept {
@@ -35,7 +41,7 @@ int32_t shiftOnce(Digits<Char>& digits, int32_t shift) noexcept {
 // a remainder takes at most 9 passes to settle on one sign, and from then on it comes back after
 // 10: a sum that is 0 for 20 passes stays 0.
 template <class Char>
-bool shiftDigits(Digits<Char>& digits, int32_t shift) noexcept {
+bool shiftUntilNonZero(Digits<Char>& digits, int32_t shift) noexcept {
     for (int pass = 0; pass < 20; ++pass) {
         if (shiftOnce(digits, shift) != 0) return true;
     }
@@ -43,21 +49,91 @@ bool shiftDigits(Digits<Char>& digits, int32_t shift) noexcept {
 }
 
 template <class Char>
-int32_t transpose(const Char* input, Char* output, int16_t length, int32_t key,
-                  int16_t shift) noexcept {
-    if (length > maxLength || length < 0) return KORV_FAILURE;
-    if (length == 0) return KORV_SUCCESS;
+[[gnu::noinline]] int32_t transposeAny(const Char* input, Char* output, int length, int32_t key,
+                                       int32_t shift) noexcept {
     Digits<Char> digits{};
-    std::memcpy(digits, input, static_cast<std::size_t>(length) * sizeof(Char));
-    if (shift != 0 && !shiftDigits(digits, shift)) return KORV_FAILURE;
-
-    constexpr int rows = std::size(permutations);
-    const int row = key % rows;
-    const auto& permutation = permutations[row < 0 ? row + rows : row];
-    for (int k = 0; digits[k] != 0; ++k) {
+    std::copy(input, input + length, digits);
+    if (shift != 0 && length != 0 && !shiftUntilNonZero(digits, shift)) return KORV_FAILURE;
+    const auto& permutation = permutationFor(key);
+    for (int k = 0; k < length && digits[k] != 0; ++k) {
         const int group = k / groupSize * groupSize;
         output[k] = digits[group + permutation[k % groupSize] - 1];
     }
+    return KORV_SUCCESS;
+}
+
+// ---- Whole groups of decimal digits, and a shift forward
+// -------------------------------------------
+
+// The groups of a number, four digits in each 32-bit lane, the first in the lowest byte. Lanes
+// without a group hold zeros.
+using Groups = Block<uint32_t>;
+using Bytes = Block<uint8_t>;
+constexpr Bytes positions = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+constexpr uint32_t fourZeros = 0x30303030;
+static_assert(std::endian::native == std::endian::little);
+
+uint32_t loadGroup(const char* digits) noexcept {
+    uint32_t group;
+    std::memcpy(&group, digits, sizeof group);
+    return group;
+}
+// A character that does not fit into a byte spoils the group: bytes of 0xFF are no digits.
+uint32_t loadGroup(const wchar_t* digits) noexcept {
+    const auto at = [digits](int i) { return static_cast<uint32_t>(digits[i]); };
+    const uint32_t all = at(0) | at(1) | at(2) | at(3);
+    return all > 0xFF ? ~0u : at(0) | at(1) << 8 | at(2) << 16 | at(3) << 24;
+}
+
+void storeGroup(char* digits, uint32_t group) noexcept {
+    std::memcpy(digits, &group, sizeof group);
+}
+void storeGroup(wchar_t* digits, uint32_t group) noexcept {
+    storeBlock(digits, Groups{group & 0xFF, group >> 8 & 0xFF, group >> 16 & 0xFF, group >> 24});
+}
+
+Bytes modTen(Bytes bytes) noexcept {
+    return bytes - (reinterpret_cast<Bytes>(bytes > 9) & 10);
+}
+
+// False when a character is no digit or all digits become 0: that is left to the literal steps.
+[[gnu::always_inline]] inline bool shiftGroups(Groups& groups, int length, int32_t shift) noexcept {
+    const Bytes digits = reinterpret_cast<Bytes>(groups ^ fourZeros);
+    const auto start = static_cast<uint8_t>(shift % 10);
+    // At most 9 + 9 + 11, so twice 10 is enough to take off.
+    const Bytes moved = modTen(modTen(digits + positions + start));
+    const auto inside = reinterpret_cast<Bytes>(positions < static_cast<uint8_t>(length));
+    groups = reinterpret_cast<Groups>(moved) + fourZeros;
+    return !anyLane(digits > 9) && anyLane((moved & inside) != 0);
+}
+
+[[gnu::always_inline]] inline Groups permuteGroups(Groups groups, int32_t key) noexcept {
+    Groups result{};
+    const auto& permutation = permutationFor(key);
+#pragma GCC unroll 4
+    for (int k = 0; k < groupSize; ++k) {
+        result |= (groups >> 8 * (permutation[k] - 1) & 0xFF) << 8 * k;
+    }
+    return result;
+}
+
+template <class Char>
+int32_t transpose(const Char* input, Char* output, int16_t length, int32_t key,
+                  int16_t shift) noexcept {
+    if (length > maxLength || length < 0) return KORV_FAILURE;
+    if (shift <= 0 || length % groupSize != 0) {
+        return transposeAny(input, output, length, key, shift);
+    }
+    Groups groups = {length > 0 ? loadGroup(input) : fourZeros,
+                     length > 4 ? loadGroup(input + 4) : fourZeros,
+                     length > 8 ? loadGroup(input + 8) : fourZeros, fourZeros};
+    if (!shiftGroups(groups, length, shift)) {
+        return transposeAny(input, output, length, key, shift);
+    }
+    groups = permuteGroups(groups, key);
+    storeGroup(output, groups[0]);
+    if (length > 4) storeGroup(output + 4, groups[1]);
+    if (length > 8) storeGroup(output + 8, groups[2]);
     return KORV_SUCCESS;
 }
 

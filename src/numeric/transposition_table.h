@@ -16,6 +16,13 @@ constexpr uint8_t permutations[][groupSize] = {
     {3, 2, 1, 4}, {1, 3, 2, 4}, {4, 2, 3, 1}, {2, 4, 3, 1}, {1, 3, 4, 2}, {2, 1, 3, 4},
     {3, 1, 2, 4}, {4, 3, 2, 1}, {4, 1, 2, 3}, {3, 2, 4, 1}, {2, 3, 4, 1},
 };
-static_assert(std::size(permutations) == 23);
+constexpr int32_t permutationCount = std::size(permutations);
+static_assert(permutationCount == 23);
+
+// The permutation that a key chooses; a negative key by its remainder plus 23.
+inline const uint8_t (&permutationFor(int32_t key) noexcept)[groupSize] {
+    const int32_t row = key % permutationCount;
+    return permutations[row < 0 ? row + permutationCount : row];
+}
 
 }  // namespace korv

@@ -1,6 +1,9 @@
 // Byte order: swaps of values and of strings of 16-bit and 32-bit units.
+#include <algorithm>
 #include <bit>
+#include <cstdint>
 
+#include "common/block.h"
 #include "korv/text.h"
 
 namespace korv {
@@ -12,6 +15,37 @@ uint16_t swapped(uint16_t value) noexcept {
 uint32_t swapped(uint32_t value) noexcept {
     return __builtin_bswap32(value);
 }
+Block<uint16_t> swapped(Block<uint16_t> block) noexcept {
+    return block << 8 | block >> 8;
+}
+Block<uint32_t> swapped(Block<uint32_t> block) noexcept {
+    const auto pairs =
+        reinterpret_cast<Block<uint32_t>>(swapped(reinterpret_cast<Block<uint16_t>>(block)));
+    return pairs << 16 | pairs >> 16;
+}
+
+// Swaps up to `count` units, or to a zero unit. A unit is read only when none before it is zero,
+// but for aligned blocks, which lie within the count and never reach into another page.
+template <class Unit>
+void swapUnits(Unit* units, std::size_t count) noexcept {
+    Unit* const end = units + count;
+    const auto one = [&units] {
+        if (!*units) return false;
+        *units = swapped(*units);
+        ++units;
+        return true;
+    };
+    while (units != end && !isAligned(units)) {
+        if (!one()) return;
+    }
+    for (; static_cast<std::size_t>(end - units) >= blockUnits<Unit>; units += blockUnits<Unit>) {
+        const Block<Unit> block = loadBlock(units);
+        if (anyLane(block == 0)) break;
+        storeBlock(units, swapped(block));
+    }
+    while (units != end && one()) {
+    }
+}
 
 template <class Unit>
 Unit* swapString(Unit* units) noexcept {
@@ -19,13 +53,11 @@ Unit* swapString(Unit* units) noexcept {
     return units;
 }
 
-// A unit that the byte count cuts through is swapped as a whole. The count is looked at first: a
-// unit behind it is not read.
+// A unit that the byte count cuts through is swapped as a whole.
 template <class Unit>
 Unit* swapCounted(Unit* units, int32_t bytes) noexcept {
-    if (bytes <= 0) return units;
-    const std::size_t count = (static_cast<std::size_t>(bytes) + sizeof(Unit) - 1) / sizeof(Unit);
-    for (std::size_t i = 0; i < count && units[i]; ++i) units[i] = swapped(units[i]);
+    if (bytes > 0)
+        swapUnits(units, (static_cast<std::size_t>(bytes) + sizeof(Unit) - 1) / sizeof(Unit));
     return units;
 }
 

@@ -1,7 +1,9 @@
 // Comparison of wide texts without regard to case.
-#include <cwctype>
+#include <algorithm>
+#include <cwchar>
 
 #include "korv/text.h"
+#include "text/letter_case.h"
 
 namespace korv {
 namespace {
@@ -9,26 +11,65 @@ namespace {
 // The two lowered characters that a comparison function compared last. When one text is a prefix of
 // the other they give the result, also when they come from the call before.
 struct LastPair {
-    uint32_t first = 0;
-    uint32_t second = 0;
+    wchar_t first = 0;
+    wchar_t second = 0;
 };
 
-int32_t difference(uint32_t first, uint32_t second) noexcept {
-    return static_cast<int32_t>(first - second);
+int32_t difference(wchar_t first, wchar_t second) noexcept {
+    return static_cast<int32_t>(static_cast<uint32_t>(first) - static_cast<uint32_t>(second));
 }
 
-// Compares while `more()` allows another character and both texts have one.
-int32_t compare(const wchar_t* first, const wchar_t* second, LastPair& last,
-                const int32_t* limit) noexcept {
-    int32_t left = limit ? *limit : 0;
-    for (; *first && *second && (!limit || left > 0); ++first, ++second, --left) {
-        last = {std::towlower(static_cast<std::wint_t>(*first)),
-                std::towlower(static_cast<std::wint_t>(*second))};
-        if (last.first != last.second) return difference(last.first, last.second);
+using LowerCase = WideCase<Lower>;
+
+// The index of the first difference among `length` characters, or length.
+std::size_t findDifference(const wchar_t* first, const wchar_t* second, std::size_t length,
+                           const LowerCase& lower) noexcept {
+    std::size_t i = 0;
+    const auto isEqual = [&](std::size_t at) {
+        return first[at] == second[at] || lower.convert(first[at]) == lower.convert(second[at]);
+    };
+    while (length - i >= blockUnits<wchar_t>) {
+        const Block<wchar_t> a = loadBlock(first + i);
+        const Block<wchar_t> b = loadBlock(second + i);
+        if (lower.isAscii(a | b) &&
+            !anyLane(convertAscii<Lower, wchar_t>(a) != convertAscii<Lower, wchar_t>(b))) {
+            i += blockUnits<wchar_t>;
+            continue;
+        }
+        for (const std::size_t end = i + blockUnits<wchar_t>; i < end; ++i) {
+            if (!isEqual(i)) return i;
+        }
     }
-    if (limit && left == 0) return 0;
+    while (i < length && isEqual(i)) ++i;
+    return i;
+}
+
+// How many characters are measured and compared at a time, so that texts that differ early are not
+// read to their ends.
+constexpr std::size_t stride = 64;
+
+// The result when a text has ended, or when none was compared.
+int32_t resultAtEnd(const wchar_t* first, const wchar_t* second, const LastPair& last) noexcept {
     if (!*first && !*second) return 0;
-    return !*first ? difference(0, last.second) : difference(last.first, 0);
+    return *first ? last.first : difference(0, last.second);
+}
+
+// Compares at most `limit` characters.
+int32_t compareUpTo(const wchar_t* first, const wchar_t* second, std::size_t limit,
+                    LastPair& last) noexcept {
+    const LowerCase lower;
+    while (limit > 0 && *first && *second) {
+        const std::size_t most = std::min(limit, stride);
+        const std::size_t length = std::min(wcsnlen(first, most), wcsnlen(second, most));
+        const std::size_t at = findDifference(first, second, length, lower);
+        const std::size_t compared = std::min(at, length - 1);
+        last = {lower.convert(first[compared]), lower.convert(second[compared])};
+        if (at < length) return difference(last.first, last.second);
+        first += length;
+        second += length;
+        limit -= length;
+    }
+    return limit == 0 ? 0 : resultAtEnd(first, second, last);
 }
 
 thread_local constinit LastPair lastWhole;
@@ -38,9 +79,10 @@ thread_local constinit LastPair lastCounted;
 }  // namespace korv
 
 int32_t StringWCaseCompare(const wchar_t* first, const wchar_t* second) {
-    return korv::compare(first, second, korv::lastWhole, nullptr);
+    return korv::compareUpTo(first, second, SIZE_MAX, korv::lastWhole);
 }
 
 int32_t StringWNCaseCompare(const wchar_t* first, const wchar_t* second, int32_t count) {
-    return korv::compare(first, second, korv::lastCounted, &count);
+    if (count < 0) return korv::resultAtEnd(first, second, korv::lastCounted);
+    return korv::compareUpTo(first, second, static_cast<std::size_t>(count), korv::lastCounted);
 }

@@ -1,5 +1,6 @@
 // Elements of a delimited list, and column names: wide text that is upper-cased unless quoted.
 #include "korv/text.h"
+#include "text/letter_case.h"
 
 namespace korv {
 namespace {
@@ -39,7 +40,7 @@ class ElementReader {
             while (length_ > 0 && output_[length_ - 1] == L' ') --length_;
         }
         output_[length_] = 0;
-        if (!quoted) KORV_StrToWUpper(output_);
+        if (!quoted) upperCase(output_, length_);
         return *at_ ? static_cast<int32_t>(at_ + 1 - source_) : lastElement;
     }
 

@@ -1,0 +1,71 @@
+// Blocks of 16 bytes that are worked on at once: one SSE2 register, or whatever else the processor
+// has.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace korv {
+
+template <class Unit>
+struct BlockOf {
+    typedef Unit type __attribute__((vector_size(16)));
+    static constexpr std::size_t units = 16 / sizeof(Unit);
+};
+template <class Unit>
+using Block = typename BlockOf<Unit>::type;
+
+template <class Unit>
+constexpr std::size_t blockUnits = BlockOf<Unit>::units;
+
+// The address need not be aligned.
+template <class Unit>
+Block<Unit> loadBlock(const Unit* from) noexcept {
+    Block<Unit> block;
+    std::memcpy(&block, from, sizeof block);
+    return block;
+}
+
+template <class Unit, class Vector>
+void storeBlock(Unit* to, const Vector& block) noexcept {
+    static_assert(sizeof block == 16);
+    std::memcpy(to, &block, sizeof block);
+}
+
+template <std::size_t bytes = 16>
+bool isAligned(const void* address) noexcept {
+    return reinterpret_cast<uintptr_t>(address) % bytes == 0;
+}
+
+// Copies a few bytes: 8 of them in one move where there is SSE2, 32-bit code would make two.
+template <std::size_t bytes>
+void copyFixed(void* to, const void* from) noexcept {
+#ifdef __SSE2__
+    if constexpr (bytes == 8) {
+        _mm_storel_epi64(static_cast<__m128i*>(to),
+                         _mm_loadl_epi64(static_cast<const __m128i*>(from)));
+        return;
+    }
+#endif
+    std::memcpy(to, from, bytes);
+}
+
+// Whether any bit of a comparison's result is set.
+template <class Vector>
+bool anyLane(const Vector& lanes) noexcept {
+    static_assert(sizeof lanes == 16);
+#ifdef __SSE2__
+    return _mm_movemask_epi8(reinterpret_cast<const __m128i&>(lanes)) != 0;
+#else
+    uint32_t words[4];
+    std::memcpy(words, &lanes, sizeof words);
+    return (words[0] | words[1] | words[2] | words[3]) != 0;
+#endif
+}
+
+}  // namespace korv

@@ -1,0 +1,92 @@
+// Case conversion that follows the host's locale, but converts ASCII letters in blocks where that
+// locale treats them as everybody expects. It is asked in every call: the host may change its
+// locale at any time.
+#pragma once
+
+#include <ctype.h>
+#include <wctype.h>
+
+#include <array>
+
+#include "common/block.h"
+
+namespace korv {
+
+// The two directions: the first of the 26 letters that change, and whom to ask about the locale.
+// The tables are libc's own, of a narrow character's conversion, indexed from -128.
+struct Upper {
+    static constexpr int32_t firstLetter = 'a';
+    static const int32_t* table() noexcept { return *__ctype_toupper_loc(); }
+    static wint_t convert(wint_t character) noexcept { return towupper(character); }
+};
+struct Lower {
+    static constexpr int32_t firstLetter = 'A';
+    static const int32_t* table() noexcept { return *__ctype_tolower_loc(); }
+    static wint_t convert(wint_t character) noexcept { return towlower(character); }
+};
+
+constexpr int32_t letterCount = 26;
+constexpr int32_t caseBit = 0x20;
+
+// What a table holds in a locale that changes ASCII letters only, as low bytes.
+constexpr int32_t tableOrigin = 128;
+template <class Case>
+constexpr auto asciiTable = [] {
+    std::array<int32_t, 2 * tableOrigin> table{};
+    for (int32_t i = 0; i < 2 * tableOrigin; ++i) {
+        const int32_t byte = (i - tableOrigin) & 0xFF;
+        const int32_t letter = byte - Case::firstLetter;
+        table[i] = letter >= 0 && letter < letterCount ? byte ^ caseBit : byte;
+    }
+    return table;
+}();
+
+// Whether the locale's table agrees with the ASCII one on the characters from `from` to 127.
+template <class Case>
+bool isAsciiTable(const int32_t* table, int32_t from) noexcept {
+    Block<int32_t> different{};
+    for (int32_t c = from; c < 128; c += blockUnits<int32_t>) {
+        different |= loadBlock(table + c) ^ loadBlock(&asciiTable<Case>[c + tableOrigin]);
+    }
+    return !anyLane((different & 0xFF) != 0);
+}
+
+// A block of ASCII characters with its letters converted. Bytes above 127 are negative.
+template <class Case, class Unit>
+Block<Unit> convertAscii(Block<Unit> block) noexcept {
+    constexpr Unit first = Case::firstLetter;
+    const auto letters = (block >= first) & (block < static_cast<Unit>(first + letterCount));
+    return block ^ (reinterpret_cast<Block<Unit>>(letters) & static_cast<Unit>(caseBit));
+}
+
+// Wide conversion in the locale of the moment. Where a locale converts an ASCII letter to something
+// else, a single-byte table cannot agree with ASCII on that letter: either it holds the other
+// character, or, when that has no single byte, the letter unchanged.
+template <class Case>
+class WideCase {
+  public:
+    WideCase() noexcept : ascii_(isAsciiTable<Case>(Case::table(), 0)) {}
+
+    wchar_t convert(wchar_t character) const noexcept {
+        if (!isAscii(character)) return static_cast<wchar_t>(Case::convert(character));
+        const auto letter = static_cast<uint32_t>(character - Case::firstLetter);
+        return letter < letterCount ? character ^ caseBit : character;
+    }
+
+    // Whether convertAscii converts the whole block.
+    bool isAscii(Block<wchar_t> block) const noexcept {
+        return ascii_ && !anyLane((block & ~0x7F) != 0);
+    }
+
+  private:
+    bool isAscii(wchar_t character) const noexcept {
+        return ascii_ && static_cast<uint32_t>(character) < 0x80;
+    }
+
+    bool ascii_;
+};
+
+// Upper-cases a wide text of `length` characters in place.
+void upperCase(wchar_t* text, std::size_t length) noexcept;
+
+}  // namespace korv
