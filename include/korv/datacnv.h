@@ -1,34 +1,34 @@
 /* Interface of the companion conversion library, libKORVDataCnvLib.
  *
- * The framework has a library of this name of its own. The one built here is a stand-in with the same
- * interface: the support library links against it, and whoever has the framework's own puts that in
- * its place at load time.
+ * The framework has a library of this name of its own. The one built here is a stand-in with the
+ * same interface: the support library links against it, and whoever has the framework's own puts
+ * that in its place at load time.
  *
  * Common to the text and integer conversions
  *   source          the value
  *   sourceLen       its length where the form needs one, otherwise points to 0; never written
  *   target          wide (or narrow) buffer; zero-terminated on success
- *   targetCapacity  its size in bytes, terminator included; nothing is written past it, and a partial
- *                   unit at its end is not used
+ *   targetCapacity  its size in bytes, terminator included; nothing is written past it, and a
+ *                   partial unit at its end is not used
  *   outLen          receives the characters written, terminator not counted
  *   options         code page and flag of the narrow text, or null: then each narrow byte is one
  *                   ISO 8859-1 character
  *
- * Every function returns a CnvStatus. On failure the target holds nothing but a terminator (if it has
- * room for one) and *outLen is left alone. Of several faults the first from the start of the text is
- * reported; a target without room for a terminator, and a bad length, come before all of them.
- * Values need not be aligned where they may stand behind a length prefix or inside a row: variable
- * text and integers. All functions may run in any number of threads at once.
+ * Every function returns a CnvStatus. On failure the target holds nothing but a terminator (if it
+ * has room for one) and *outLen is left alone. Of several faults the first from the start of the
+ * text is reported; a target without room for a terminator, and a bad length, come before all of
+ * them. Values need not be aligned where they may stand behind a length prefix or inside a row:
+ * variable text and integers. All functions may run in any number of threads at once.
  *
  * Code pages
  *   Numbers are those that IBM and Windows use: 37, 437, 850, 943, 1047, 1252, ... Whatever the
  *   system's iconv knows as CPn or IBMn is available, and besides
  *     819, 28591     ISO 8859-1             1208, 65001    UTF-8, strict: no overlong forms
  *     367, 20127     ASCII                  1200, 1201     UTF-16, little-endian and big-endian
- *     28592, 28605   ISO 8859-2 and 8859-15 12000, 12001   UTF-32, little-endian and big-endian
+ *     28592 - 28605  ISO 8859-2 to 8859-15  12000, 12001   UTF-32, little-endian and big-endian
  *     1392, 54936    GB 18030               51932          EUC-JP
- *   A byte order mark is neither expected nor written: it is a character like any other. Narrow text
- *   always ends with one zero byte, also where the units of the code page are wider.
+ *   A byte order mark is neither expected nor written: it is a character like any other. Narrow
+ *   text always ends with one zero byte, also where the units of the code page are wider.
  */
 #ifndef KORV_DATACNV_H
 #define KORV_DATACNV_H
@@ -43,7 +43,8 @@ extern "C" {
  * companion library. The stand-in ignores the flag and the room. */
 typedef struct CnvOptions {
     uint32_t reserved1[7];
-    uint32_t codePage; /* a number that names a code page: 1208 is UTF-8, 1200 UTF-16, 37, 850, ... */
+    uint32_t
+        codePage; /* a number that names a code page: 1208 is UTF-8, 1200 UTF-16, 37, 850, ... */
     uint8_t flag;
 } CnvOptions;
 
@@ -51,8 +52,8 @@ typedef struct CnvOptions {
 typedef enum CnvStatus {
     CNV_SUCCESS = 0,
     CNV_TARGET_TOO_SMALL = 201,
-    CNV_MALFORMED_SOURCE = 202,  /* not text of its code page or form, or cut inside a character */
-    CNV_UNCONVERTIBLE = 203,     /* a character that the target code page does not have */
+    CNV_MALFORMED_SOURCE = 202, /* not text of its code page or form, or cut inside a character */
+    CNV_UNCONVERTIBLE = 203,    /* a character that the target code page does not have */
     CNV_UNKNOWN_CODE_PAGE = 204,
     CNV_BAD_LENGTH = 205, /* negative as a signed number, or wide bytes that are not whole units */
     CNV_NO_MEMORY = 206   /* no memory or no file handle for a conversion by iconv */
@@ -60,8 +61,8 @@ typedef enum CnvStatus {
 
 /* Fixed-length narrow text; *sourceLen is its length in bytes. */
 KORV_API int32_t KORVCnvCharToWVarcharSz(const char* source, const uint32_t* sourceLen,
-                                         wchar_t* target, uint32_t targetCapacity,
-                                         uint32_t* outLen, const CnvOptions* options);
+                                         wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
+                                         const CnvOptions* options);
 
 /* Narrow text led by a signed 16-bit byte count (not necessarily aligned). */
 KORV_API int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t* sourceLen,
@@ -85,11 +86,11 @@ KORV_API int32_t KORVCnvWVarcharToWVarcharSz(const void* source, const uint32_t*
 
 /* Integers as decimal digits, led by a minus where negative. */
 KORV_API int32_t KORVCnvIntToWVarcharSz1(const int32_t* source, const uint32_t* sourceLen,
-                                         wchar_t* target, uint32_t targetCapacity,
-                                         uint32_t* outLen, const CnvOptions* options);
+                                         wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
+                                         const CnvOptions* options);
 KORV_API int32_t KORVCnvUIntToWVarcharSz(const uint32_t* source, const uint32_t* sourceLen,
-                                         wchar_t* target, uint32_t targetCapacity,
-                                         uint32_t* outLen, const CnvOptions* options);
+                                         wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
+                                         const CnvOptions* options);
 KORV_API int32_t KORVCnvSmallIntToWVarcharSz(const int16_t* source, const uint32_t* sourceLen,
                                              wchar_t* target, uint32_t targetCapacity,
                                              uint32_t* outLen, const CnvOptions* options);
@@ -105,18 +106,18 @@ KORV_API int32_t KORVCnvWVarcharSzToVarcharSz(const wchar_t* source, const uint3
                                               char* target, uint32_t targetCapacity,
                                               uint32_t* outLen, const CnvOptions* options);
 
-/* A date and time record as wide text, "YYYY-MM-DD HH:MM:SS", each number in at least the digits shown
- * and a negative year led by a minus. The type of the record is not told, so the first 12 bytes that
- * the catalogue counts for each of ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP are read as six 16-bit
- * numbers: year (signed), month, day, hour, minute, second. */
+/* A date and time record as wide text, "YYYY-MM-DD HH:MM:SS", each number in at least the digits
+ * shown and a negative year led by a minus. The type of the record is not told, so the first 12
+ * bytes that the catalogue counts for each of ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP are read as
+ * six 16-bit numbers: year (signed), month, day, hour, minute, second. */
 KORV_API int32_t KORVGetStringFromTS(const void* source, wchar_t* target, uint32_t targetCapacity,
                                      uint32_t* outLen);
 
-/* UTF-16 units to UTF-32 units and back; counts are in units, no terminator is added, zero units are
- * ordinary. Surrogate pairs are joined and split. *count receives the target units written. Lone
- * surrogates, and UTF-32 units that are surrogates or above U+10FFFF, are CNV_MALFORMED_SOURCE;
- * negative counts are CNV_BAD_LENGTH. On failure the target may hold the part converted so far, never
- * half a pair, and *count is left alone. */
+/* UTF-16 units to UTF-32 units and back; counts are in units, no terminator is added, zero units
+ * are ordinary. Surrogate pairs are joined and split. *count receives the target units written.
+ * Lone surrogates, and UTF-32 units that are surrogates or above U+10FFFF, are
+ * CNV_MALFORMED_SOURCE; negative counts are CNV_BAD_LENGTH. On failure the target may hold the part
+ * converted so far, never half a pair, and *count is left alone. */
 KORV_API int32_t Convert16To32(const uint16_t* source, int32_t sourceUnits, wchar_t* target,
                                int32_t targetUnits, uint32_t* count);
 KORV_API int32_t Convert32To16(const wchar_t* source, int32_t sourceUnits, uint16_t* target,
