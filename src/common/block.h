@@ -42,6 +42,13 @@ bool isAligned(const void* address) noexcept {
     return reinterpret_cast<uintptr_t>(address) % bytes == 0;
 }
 
+// Whether a few bytes can be read at once without a fault although the first alone is known to be there.
+template <std::size_t bytes>
+bool isOnOnePage(const void* address) noexcept {
+    constexpr std::size_t page = 4096;
+    return reinterpret_cast<uintptr_t>(address) % page <= page - bytes;
+}
+
 // Copies a few bytes: 8 of them in one move where there is SSE2, 32-bit code would make two.
 template <std::size_t bytes>
 void copyFixed(void* to, const void* from) noexcept {

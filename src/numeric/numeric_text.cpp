@@ -131,7 +131,7 @@ template <class Char>
     uint32_t number = 0;
     int32_t at = 0;
     if constexpr (sizeof(Char) == 1) {
-        for (; digits - at >= 4; at += 4) {
+        for (; digits - at >= 4 && isOnOnePage<4>(field + at); at += 4) {
             if (!appendFourDigits(field + at, number)) return KORV_FAILURE;
         }
     }

@@ -3,7 +3,7 @@
 // locale at any time.
 #pragma once
 
-#include <ctype.h>
+#include <langinfo.h>
 #include <wctype.h>
 
 #include <array>
@@ -12,16 +12,23 @@
 
 namespace korv {
 
+// libc's own table of narrow conversions in the current locale, indexed from -128. It is the one
+// that toupper and tolower read; the pointers behind the macros of ctype.h are not, in a thread
+// that runs while another changes the locale of the process.
+constexpr int32_t tableOrigin = 128;
+inline const int32_t* narrowTable(nl_item item) noexcept {
+    return reinterpret_cast<const int32_t*>(nl_langinfo(item)) + tableOrigin;
+}
+
 // The two directions: the first of the 26 letters that change, and whom to ask about the locale.
-// The tables are libc's own, of a narrow character's conversion, indexed from -128.
 struct Upper {
     static constexpr int32_t firstLetter = 'a';
-    static const int32_t* table() noexcept { return *__ctype_toupper_loc(); }
+    static const int32_t* table() noexcept { return narrowTable(_NL_CTYPE_TOUPPER); }
     static wint_t convert(wint_t character) noexcept { return towupper(character); }
 };
 struct Lower {
     static constexpr int32_t firstLetter = 'A';
-    static const int32_t* table() noexcept { return *__ctype_tolower_loc(); }
+    static const int32_t* table() noexcept { return narrowTable(_NL_CTYPE_TOLOWER); }
     static wint_t convert(wint_t character) noexcept { return towlower(character); }
 };
 
@@ -29,7 +36,6 @@ constexpr int32_t letterCount = 26;
 constexpr int32_t caseBit = 0x20;
 
 // What a table holds in a locale that changes ASCII letters only, as low bytes.
-constexpr int32_t tableOrigin = 128;
 template <class Case>
 constexpr auto asciiTable = [] {
     std::array<int32_t, 2 * tableOrigin> table{};
