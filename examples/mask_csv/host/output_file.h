@@ -1,0 +1,31 @@
+// The output: standard output, or a file that appears under its name only when it is complete.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace host {
+
+class OutputFile {
+  public:
+    // "-" is standard output. Anything else is written to a temporary file in the same folder,
+    // unless it exists and is no regular file, such as /dev/null.
+    explicit OutputFile(const std::string& path);
+    // Removes the temporary file unless commit() has been called.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void write(const char* bytes, size_t count);
+    // Gives the file its name.
+    void commit();
+
+  private:
+    [[noreturn]] void fail() const;
+
+    std::string path_;
+    std::string temporary_;  // empty when the target is written directly
+    int descriptor_ = -1;
+};
+
+}  // namespace host

@@ -1,0 +1,25 @@
+// Text in UTF-8 and wide form, for the host and for its providers.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "korv/datacnv.h"
+
+namespace text {
+
+inline constexpr uint32_t kUtf8CodePage = 1208;
+extern const CnvOptions kUtf8Options;
+
+// The number of bytes before the first one that is not UTF-8; `length` when all are.
+size_t validUtf8Length(const char* bytes, size_t length);
+
+bool isAscii(const char* bytes, size_t length);
+
+// Both throw std::invalid_argument for text that cannot be converted.
+std::wstring toWide(std::string_view utf8);
+std::string toUtf8(std::wstring_view wide);
+
+}  // namespace text

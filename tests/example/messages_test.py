@@ -1,0 +1,116 @@
+"""Every way not to run: the message, exit status 2, and no output file."""
+import os
+
+from command import CommandTest, main
+
+RULES = "CARD = CCN, key=17\n"
+ROWS = "ID,CARD\n1,4111111111111111\n"
+
+
+class MessagesTest(CommandTest):
+    def expect(self, message, rules=RULES, rows=ROWS, arguments=()):
+        """Runs with the rules and rows, None for no such file, over an old output and over none."""
+        for old in (None, b"old\n"):
+            for name, contents in (("rules.txt", rules), ("in.csv", rows), ("out.csv", old)):
+                if contents is not None:
+                    self.write(name, contents)
+                elif os.path.exists(self.path(name)):
+                    os.remove(self.path(name))
+            before = sorted(os.listdir(self.folder))
+            result = self.run_program("-r", "rules.txt", "in.csv", "-o", "out.csv", *arguments)
+            self.assertEqual((message + "\n", 2), (result.stderr.decode(), result.returncode))
+            self.assertEqual(before, sorted(os.listdir(self.folder)))
+            if old is not None:
+                with open(self.path("out.csv"), "rb") as file:
+                    self.assertEqual(old, file.read())
+
+    def test_files_that_cannot_be_read(self):
+        self.expect("rules.txt: cannot be read", rules=None)
+        self.expect("in.csv: No such file or directory", rows=None)
+        self.expect("in.csv: there is no header row", rows="")
+        result = self.run_program("-r", "rules.txt", self.folder)
+        self.assertEqual(2, result.returncode)
+        self.assertIn(b"Is a directory", result.stderr)
+
+    def test_files_that_cannot_be_written(self):
+        self.write("rules.txt", RULES)
+        self.write("in.csv", ROWS)
+        for arguments, message in (
+                (("-o", "none/out.csv"), b"none/out.csv: No such file or directory\n"),
+                (("-o", "/dev/full"), b"/dev/full: No space left on device\n"),
+                (("--report", "none/x"), b"none/x: No such file or directory\n")):
+            result = self.run_program("-r", "rules.txt", "in.csv", *arguments)
+            self.assertEqual((2, message), (result.returncode, result.stderr))
+
+    def test_rules_that_do_not_fit(self):
+        self.expect("rules.txt:1:8: there is no provider CNC", rules="CARD = CNC, key=1\n")
+        self.expect("rules.txt:2:1: in.csv has no column PHONE",
+                    rules=RULES + "phone = NID, key=1\n")
+        self.expect("rules.txt:1:1: in.csv has no column card", rules='"card" = CCN, key=1\n')
+        self.expect("rules.txt:1:1: in.csv has more than one column CARD", rows="CARD,Card\n")
+        self.expect("rules.txt:2:1: column CARD has two rules", rules=RULES + '"CARD" = AFF\n')
+        self.expect("rules.txt:1:13: CCN has no operand KEYS", rules="CARD = CCN, keys=1\n")
+        self.expect("rules.txt:1:8: CCN needs the operand KEY", rules="CARD = CCN\n")
+        self.expect("rules.txt:1:5: a rule has the form COLUMN = PROVIDER, operand=value, ...",
+                    rules="CARD")
+
+    def test_rules_that_a_provider_refuses(self):
+        self.expect("rules.txt:1: AFF error 2, the method is shuffle, reverse or number: "
+                    "KORV_TOKID_COLNAME=CARD KORV_TOKID_METHOD=ODD\n"
+                    "rules.txt:1:8: provider AFF does not accept this rule",
+                    rules="CARD = AFF, method=odd\n")
+
+    def test_providers_that_are_not_there(self):
+        self.write("libkorvprv_ccn.so", "no module")
+        for arguments in (("--providers", "nowhere"), ("--providers", ".")):
+            self.write("rules.txt", RULES)
+            self.write("in.csv", ROWS)
+            result = self.run_program("-r", "rules.txt", "in.csv", "-o", "out.csv", *arguments)
+            self.assertEqual(2, result.returncode)
+            self.assertTrue(result.stderr.startswith(
+                b"rules.txt:1:8: provider CCN cannot be loaded: "), result.stderr)
+            self.assertFalse(os.path.exists(self.path("out.csv")))
+
+    def test_malformed_rows(self):
+        for row, message in (
+                ('2,a"b\n', "3:4: a quote in a field that does not begin with one"),
+                ('2,"a" b\n', "3:6: text behind a closing quote"),
+                ('2,"a\nb\n', "3:3: a quote that is never closed"),
+                ("2\n", "3:1: the row has 1 fields where the header has 2"),
+                ("\n", "3:1: the row has 1 fields where the header has 2"),
+                ("2,3,4\n", "3:5: the row has 3 fields where the header has 2"),
+                ("2,a\rb\n", "3:4: a carriage return without line feed"),
+                (b"2,a\0b\n", "3:4: a NUL byte"),
+                (b"2,\xc3\xa4\xff\n", "3:4: bytes that are not UTF-8, in the masked column CARD"),
+                (b'2,"\n\xc3\xa4\xed\xa0\x80"\n',
+                 "4:2: bytes that are not UTF-8, in the masked column CARD")):
+            rows = ROWS.encode() + (row if isinstance(row, bytes) else row.encode())
+            self.expect("in.csv:" + message, rows=rows)
+        self.expect("in.csv:1:4: bytes that are not UTF-8", rows=b"ID,\xff\n")
+        self.expect("in.csv:1:1: a NUL byte", rows=b"\0")
+
+    def test_malformed_utf16(self):
+        rows = "\ufeffID,CARD\n1,x".encode("utf-16-le")
+        self.expect("in.csv:2:4: a UTF-16 surrogate without its partner", rows=rows + b"\x00\xd8")
+        self.expect("in.csv:2:4: the input ends within a UTF-16 unit", rows=rows + b"x")
+        self.expect("in.csv:2:4: a NUL byte", rows=rows + b"\0\0" + b"\x00\xdc")
+
+    def test_columns_without_a_rule_may_hold_any_bytes(self):
+        self.write("rules.txt", RULES)
+        rows = b"ID,CARD\n\xff\xfe,\n"
+        self.write("in.csv", rows)
+        result = self.run_program("-r", "rules.txt", "in.csv")
+        self.assertEqual((0, rows), (result.returncode, result.stdout))
+
+    def test_wrong_command_lines(self):
+        for arguments in ((), ("-r",), ("--odd",), ("-r", "x", "a", "b")):
+            result = self.run_program(*arguments)
+            self.assertEqual((2, b""), (result.returncode, result.stdout))
+            self.assertNotEqual(b"", result.stderr)
+        result = self.run_program("--help")
+        self.assertEqual((0, b""), (result.returncode, result.stderr))
+        for option in (b"--rules", b"--output", b"--report", b"--providers", b"--progress"):
+            self.assertIn(option, result.stdout)
+
+
+main()
