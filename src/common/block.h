@@ -42,7 +42,8 @@ bool isAligned(const void* address) noexcept {
     return reinterpret_cast<uintptr_t>(address) % bytes == 0;
 }
 
-// Whether a few bytes can be read at once without a fault although the first alone is known to be there.
+// Whether a few bytes can be read at once without a fault although the first alone is known to be
+// there.
 template <std::size_t bytes>
 bool isOnOnePage(const void* address) noexcept {
     constexpr std::size_t page = 4096;
@@ -72,6 +73,24 @@ bool anyLane(const Vector& lanes) noexcept {
     uint32_t words[4];
     std::memcpy(words, &lanes, sizeof words);
     return (words[0] | words[1] | words[2] | words[3]) != 0;
+#endif
+}
+
+// The lanes of four blocks as bytes; a lane that is no byte becomes 0 or 255, whichever is nearer.
+inline Block<uint8_t> narrowToBytes(const Block<int32_t> (&blocks)[4]) noexcept {
+#ifdef __SSE2__
+    const auto words = [&](int i) {
+        return _mm_packs_epi32(reinterpret_cast<__m128i>(blocks[i]),
+                               reinterpret_cast<__m128i>(blocks[i + 1]));
+    };
+    return reinterpret_cast<Block<uint8_t>>(_mm_packus_epi16(words(0), words(2)));
+#else
+    Block<uint8_t> bytes;
+    for (int i = 0; i < 16; ++i) {
+        const int32_t lane = blocks[i / 4][i % 4];
+        bytes[i] = static_cast<uint8_t>(lane < 0 ? 0 : lane > 255 ? 255 : lane);
+    }
+    return bytes;
 #endif
 }
 

@@ -73,23 +73,45 @@ constexpr Bytes positions = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 1
 constexpr uint32_t fourZeros = 0x30303030;
 static_assert(std::endian::native == std::endian::little);
 
-uint32_t loadGroup(const char* digits) noexcept {
-    uint32_t group;
-    std::memcpy(&group, digits, sizeof group);
-    return group;
-}
-// A character that does not fit into a byte spoils the group: bytes of 0xFF are no digits.
-uint32_t loadGroup(const wchar_t* digits) noexcept {
-    const auto at = [digits](int i) { return static_cast<uint32_t>(digits[i]); };
-    const uint32_t all = at(0) | at(1) | at(2) | at(3);
-    return all > 0xFF ? ~0u : at(0) | at(1) << 8 | at(2) << 16 | at(3) << 24;
+Groups load(const char* digits, int length) noexcept {
+    const auto group = [=](int at) {
+        uint32_t bytes = fourZeros;
+        if (at < length) std::memcpy(&bytes, digits + at, sizeof bytes);
+        return bytes;
+    };
+    return Groups{group(0), group(4), group(8), fourZeros};
 }
 
-void storeGroup(char* digits, uint32_t group) noexcept {
-    std::memcpy(digits, &group, sizeof group);
+// A character that is no byte becomes 0 or 255, which are no digits either.
+Groups load(const wchar_t* digits, int length) noexcept {
+    const auto group = [=](int at) {
+        return at < length ? reinterpret_cast<Block<int32_t>>(loadBlock(digits + at))
+                           : Block<int32_t>{'0', '0', '0', '0'};
+    };
+    return reinterpret_cast<Groups>(narrowToBytes({group(0), group(4), group(8), group(12)}));
 }
-void storeGroup(wchar_t* digits, uint32_t group) noexcept {
-    storeBlock(digits, Groups{group & 0xFF, group >> 8 & 0xFF, group >> 16 & 0xFF, group >> 24});
+
+void store(char* digits, int length, Groups groups) noexcept {
+#pragma GCC unroll 3
+    for (int i = 0; i < 3; ++i) {
+        const uint32_t group = groups[i];
+        if (groupSize * i < length) std::memcpy(digits + groupSize * i, &group, sizeof group);
+    }
+}
+
+void store(wchar_t* digits, int length, Groups groups) noexcept {
+    const Bytes zero{};
+    const auto bytes = reinterpret_cast<Bytes>(groups);
+    const auto low = reinterpret_cast<Block<uint16_t>>(__builtin_shufflevector(
+        bytes, zero, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23));
+    const auto high = reinterpret_cast<Block<uint16_t>>(__builtin_shufflevector(
+        bytes, zero, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31));
+    const Block<uint16_t> none{};
+    storeBlock(digits, __builtin_shufflevector(low, none, 0, 8, 1, 9, 2, 10, 3, 11));
+    if (length > 4)
+        storeBlock(digits + 4, __builtin_shufflevector(low, none, 4, 12, 5, 13, 6, 14, 7, 15));
+    if (length > 8)
+        storeBlock(digits + 8, __builtin_shufflevector(high, none, 0, 8, 1, 9, 2, 10, 3, 11));
 }
 
 Bytes modTen(Bytes bytes) noexcept {
@@ -121,19 +143,14 @@ template <class Char>
 int32_t transpose(const Char* input, Char* output, int16_t length, int32_t key,
                   int16_t shift) noexcept {
     if (length > maxLength || length < 0) return KORV_FAILURE;
-    if (shift <= 0 || length % groupSize != 0) {
+    if (shift <= 0 || length == 0 || length % groupSize != 0) {
         return transposeAny(input, output, length, key, shift);
     }
-    Groups groups = {length > 0 ? loadGroup(input) : fourZeros,
-                     length > 4 ? loadGroup(input + 4) : fourZeros,
-                     length > 8 ? loadGroup(input + 8) : fourZeros, fourZeros};
+    Groups groups = load(input, length);
     if (!shiftGroups(groups, length, shift)) {
         return transposeAny(input, output, length, key, shift);
     }
-    groups = permuteGroups(groups, key);
-    storeGroup(output, groups[0]);
-    if (length > 4) storeGroup(output + 4, groups[1]);
-    if (length > 8) storeGroup(output + 8, groups[2]);
+    store(output, length, permuteGroups(groups, key));
     return KORV_SUCCESS;
 }
 

@@ -8,30 +8,36 @@
 namespace korv {
 namespace {
 
-// From this length on, asking whether blocks will do costs less than they save.
-constexpr std::size_t longText = 64;
+// So many characters are converted one by one before a text is measured: for a short one, that and
+// working in blocks costs more than it saves.
+constexpr std::size_t shortNarrow = 32;
+constexpr std::size_t shortWide = 16;
 
 // A byte indexes the locale's table as a signed char; the low byte of the entry is kept.
 template <class Case>
-char* convertText(char* text) noexcept {
+void convertText(char* text) noexcept {
     const int32_t* table = Case::table();
-    const std::size_t length = std::strlen(text);
-    std::size_t i = 0;
-    if (length >= longText && isAsciiTable<Case>(table, -tableOrigin)) {
-        for (; length - i >= blockUnits<signed char>; i += blockUnits<signed char>) {
-            const auto* block = reinterpret_cast<const signed char*>(text + i);
-            storeBlock(text + i, convertAscii<Case, signed char>(loadBlock(block)));
+    const auto convertOne = [table](char& c) {
+        c = static_cast<char>(table[static_cast<signed char>(c)]);
+    };
+    for (const char* end = text + shortNarrow; text != end; ++text) {
+        if (!*text) return;
+        convertOne(*text);
+    }
+    std::size_t left = std::strlen(text);
+    if (isAsciiTable<Case>(table, -tableOrigin)) {
+        constexpr std::size_t stride = blockUnits<signed char>;
+        for (; left >= stride; left -= stride, text += stride) {
+            const auto* block = reinterpret_cast<const signed char*>(text);
+            storeBlock(text, convertAscii<Case, signed char>(loadBlock(block)));
         }
     }
-    for (; i < length; ++i) {
-        text[i] = static_cast<char>(table[static_cast<signed char>(text[i])]);
-    }
-    return text;
+    for (; left > 0; --left) convertOne(*text++);
 }
 
+// Converts `length` characters.
 template <class Case>
-void convertText(wchar_t* text, std::size_t length) noexcept {
-    const WideCase<Case> letterCase;
+void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& letterCase) noexcept {
     std::size_t i = 0;
     const auto convertUpTo = [&](std::size_t end) {
         for (; i < end; ++i) text[i] = letterCase.convert(text[i]);
@@ -48,29 +54,41 @@ void convertText(wchar_t* text, std::size_t length) noexcept {
     convertUpTo(length);
 }
 
+template <class Case>
+void convertText(wchar_t* text) noexcept {
+    const WideCase<Case> letterCase;
+    for (const wchar_t* end = text + shortWide; text != end; ++text) {
+        if (!*text) return;
+        *text = letterCase.convert(*text);
+    }
+    convertCounted(text, std::wcslen(text), letterCase);
+}
+
 }  // namespace
 
 void upperCase(wchar_t* text, std::size_t length) noexcept {
-    convertText<Upper>(text, length);
+    convertCounted(text, length, WideCase<Upper>());
 }
 
 }  // namespace korv
 
 char* KORV_StrToUpper(char* text) {
-    return korv::convertText<korv::Upper>(text);
+    korv::convertText<korv::Upper>(text);
+    return text;
 }
 
 char* KORV_StrToLower(char* text) {
-    return korv::convertText<korv::Lower>(text);
+    korv::convertText<korv::Lower>(text);
+    return text;
 }
 
 wchar_t* KORV_StrToWUpper(wchar_t* text) {
-    korv::convertText<korv::Upper>(text, std::wcslen(text));
+    korv::convertText<korv::Upper>(text);
     return text;
 }
 
 wchar_t* KORV_StrToWLower(wchar_t* text) {
-    korv::convertText<korv::Lower>(text, std::wcslen(text));
+    korv::convertText<korv::Lower>(text);
     return text;
 }
 
