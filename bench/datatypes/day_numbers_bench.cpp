@@ -1,0 +1,42 @@
+// Day numbers to dates and back, from 1900 to 2099.
+#include "korv/datatypes.h"
+#include "literal/literal.h"
+#include "peers/peers.h"
+#include "peers/system.h"
+#include "support/families.h"
+#include "support/inputs.h"
+#include "support/row.h"
+
+namespace bench {
+namespace {
+
+constexpr int32_t lastDay = 73048;
+
+std::vector<OdbcDate> datesOf(const std::vector<int32_t>& days) {
+    std::vector<OdbcDate> dates(days.size());
+    for (std::size_t i = 0; i < days.size(); ++i) literalIntSYBToODBC(&days[i], &dates[i]);
+    return dates;
+}
+
+}  // namespace
+
+void addDayNumbers() {
+    const auto& days = forever(randomNumbers<int32_t>(manyInputs, 0, lastDay));
+    const auto& dates = forever(datesOf(days));
+    auto& date = forever(OdbcDate{});
+    auto& day = forever(int32_t{});
+    Row("KORVIntSYBToODBC", "1900 to 2099", manyInputs)
+        .observe([&](std::size_t) { return bytesOf(date); })
+        .with("ours", [&](std::size_t i) { KORVIntSYBToODBC(&days[i], &date); })
+        .with("literal", [&](std::size_t i) { literalIntSYBToODBC(&days[i], &date); })
+        .with("std::chrono", [&](std::size_t i) { peerDayToDate(&days[i], &date); })
+        .with("gmtime_r", [&](std::size_t i) { peers::dayToDate(days[i], date); });
+    Row("KORVIntODBCToSYB", "1900 to 2099", manyInputs)
+        .observe([&](std::size_t) { return bytesOf(day); })
+        .with("ours", [&](std::size_t i) { KORVIntODBCToSYB(&dates[i], &day); })
+        .with("literal", [&](std::size_t i) { literalIntODBCToSYB(&dates[i], &day); })
+        .with("std::chrono", [&](std::size_t i) { peerDateToDay(&dates[i], &day); })
+        .with("timegm", [&](std::size_t i) { day = peers::dateToDay(dates[i]); });
+}
+
+}  // namespace bench
