@@ -1,0 +1,257 @@
+// Comparison without regard to case, with the remembered characters that odd calls answer from.
+#include <wctype.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "korv/text.h"
+#include "text/locales.h"
+#include "text/places.h"
+
+namespace {
+
+wint_t (*const volatile systemLower)(wint_t) = towlower;
+
+uint32_t lower(wchar_t c) {
+    return systemLower(static_cast<wint_t>(c));
+}
+
+// The slow way, one object for each function and thread.
+struct Reference {
+    uint32_t pair[2] = {0, 0};
+
+    int32_t ended(wchar_t first, wchar_t second) const {
+        if (first == 0 && second == 0) return 0;
+        return static_cast<int32_t>(first == 0 ? 0u - pair[1] : pair[0]);
+    }
+    int32_t compare(const wchar_t* first, const wchar_t* second) {
+        while (*first != 0 && *second != 0) {
+            pair[0] = lower(*first);
+            pair[1] = lower(*second);
+            if (pair[0] != pair[1]) return static_cast<int32_t>(pair[0] - pair[1]);
+            ++first;
+            ++second;
+        }
+        return ended(*first, *second);
+    }
+    int32_t compareCounted(const wchar_t* first, const wchar_t* second, int32_t count) {
+        while (*first != 0 && *second != 0 && count > 0) {
+            pair[0] = lower(*first);
+            pair[1] = lower(*second);
+            if (pair[0] != pair[1]) return static_cast<int32_t>(pair[0] - pair[1]);
+            ++first;
+            ++second;
+            --count;
+        }
+        if (count == 0) return 0;
+        return ended(*first, *second);
+    }
+};
+
+// A thread that has compared nothing yet.
+template <class Body>
+void inFreshThread(Body body) {
+    std::thread(body).join();
+}
+
+TEST(Compare, KnownOrders) {
+    struct {
+        const wchar_t *first, *second;
+        int32_t order;
+    } const rows[] = {
+        {L"ABC", L"abc", 0}, {L"abc", L"ABC", 0},
+        {L"", L"", 0},       {L"abc", L"abd", -1},
+        {L"abd", L"ABC", 1}, {L"ab", L"abc", -98},
+        {L"abc", L"ab", 98}, {L"AB", L"ABC", -98},
+        {L"ABC", L"AB", 98}, {L"a", L"B", -1},
+        {L"Z", L"a", 25},    {L"[", L"a", -6},
+        {L"^", L"A", -3},    {L"a\x10FFFF", L"a", 97},
+        {L"x", L"xY", -120}, {L"1", L"\x10FFFF", 0x31 - 0x10FFFF},
+    };
+    for (const auto& row : rows) {
+        Fenced<wchar_t> first((std::wstring_view(row.first)));
+        Fenced<wchar_t> second((std::wstring_view(row.second)));
+        EXPECT_EQ(row.order, StringWCaseCompare(first.data(), second.data()));
+        EXPECT_EQ(row.order, StringWNCaseCompare(first.data(), second.data(), 100));
+        EXPECT_EQ(row.order, StringWNCaseCompare(first.data(), second.data(), INT32_MAX));
+        EXPECT_EQ(0, StringWNCaseCompare(first.data(), second.data(), 0));
+    }
+}
+
+TEST(Compare, CountEndsTheComparison) {
+    EXPECT_EQ(0, StringWNCaseCompare(L"abX", L"ABy", 2));
+    EXPECT_EQ(-1, StringWNCaseCompare(L"abX", L"ABy", 3));
+    EXPECT_EQ(0, StringWNCaseCompare(L"ab", L"ABcd", 2));
+    EXPECT_EQ(-98, StringWNCaseCompare(L"ab", L"ABcd", 3));
+    EXPECT_EQ(98, StringWNCaseCompare(L"ABcd", L"ab", 3));
+    EXPECT_EQ(0, StringWNCaseCompare(L"", L"x", 0));
+}
+
+TEST(Compare, EmptyTextAnswersFromTheLastCharactersOfTheThread) {
+    inFreshThread([] {
+        EXPECT_EQ(0, StringWCaseCompare(L"", L"x"));
+        EXPECT_EQ(0, StringWCaseCompare(L"x", L""));
+        EXPECT_EQ('a' - 'z', StringWCaseCompare(L"QA", L"qZ"));
+        EXPECT_EQ(-'z', StringWCaseCompare(L"", L"x"));
+        EXPECT_EQ('a', StringWCaseCompare(L"x", L""));
+        EXPECT_EQ(0, StringWCaseCompare(L"", L""));
+        EXPECT_EQ(0, StringWCaseCompare(L"Km", L"kM"));
+        EXPECT_EQ(-'m', StringWCaseCompare(L"", L"x"));
+        EXPECT_EQ('m', StringWCaseCompare(L"x", L""));
+    });
+}
+
+TEST(Compare, NegativeCountAnswersFromTheLastCharactersOfTheThread) {
+    inFreshThread([] {
+        EXPECT_EQ(0, StringWNCaseCompare(L"a", L"b", -1));
+        EXPECT_EQ('e' - 'g', StringWNCaseCompare(L"E", L"G", 1));
+        for (const int32_t count : {-1, -2, INT32_MIN}) {
+            EXPECT_EQ('e', StringWNCaseCompare(L"a", L"b", count));
+            EXPECT_EQ('e', StringWNCaseCompare(L"a", L"", count));
+            EXPECT_EQ(-'g', StringWNCaseCompare(L"", L"b", count));
+            EXPECT_EQ(0, StringWNCaseCompare(L"", L"", count));
+            EXPECT_EQ('e', StringWNCaseCompare(L"same", L"same", count));
+        }
+        EXPECT_EQ(-'g', StringWNCaseCompare(L"", L"x", 1));
+        EXPECT_EQ(0, StringWNCaseCompare(L"pq", L"pr", 1));
+        EXPECT_EQ('p', StringWNCaseCompare(L"x", L"", 1));
+    });
+}
+
+TEST(Compare, TheTwoFunctionsRememberApart) {
+    inFreshThread([] {
+        EXPECT_EQ(-1, StringWCaseCompare(L"c", L"d"));
+        EXPECT_EQ(0, StringWNCaseCompare(L"", L"x", 1));
+        EXPECT_EQ(-1, StringWNCaseCompare(L"s", L"t", 5));
+        EXPECT_EQ(-'d', StringWCaseCompare(L"", L"x"));
+        EXPECT_EQ('c', StringWCaseCompare(L"x", L""));
+        EXPECT_EQ(-'t', StringWNCaseCompare(L"", L"x", 1));
+        EXPECT_EQ('s', StringWNCaseCompare(L"x", L"", 1));
+    });
+}
+
+TEST(Compare, ThreadsRememberApart) {
+    StringWCaseCompare(L"f", L"g");
+    StringWNCaseCompare(L"h", L"j", 1);
+    inFreshThread([] {
+        EXPECT_EQ(0, StringWCaseCompare(L"", L"x"));
+        EXPECT_EQ(0, StringWNCaseCompare(L"", L"x", 1));
+        StringWCaseCompare(L"u", L"v");
+        StringWNCaseCompare(L"u", L"v", 1);
+    });
+    EXPECT_EQ(-'g', StringWCaseCompare(L"", L"x"));
+    EXPECT_EQ('f', StringWCaseCompare(L"x", L""));
+    EXPECT_EQ(-'j', StringWNCaseCompare(L"", L"x", 1));
+    EXPECT_EQ('h', StringWNCaseCompare(L"x", L"", 1));
+}
+
+TEST(Compare, DifferencesWrapAround) {
+    inFreshThread([] {
+        Reference whole, counted;
+        const wchar_t codes[] = {INT32_MIN, INT32_MAX, -1, 1, 'K', 0x110000, 0x212A};
+        for (const wchar_t a : codes) {
+            for (const wchar_t b : codes) {
+                const wchar_t texts[][3] = {{a, 0, 0}, {b, 0, 0}, {a, b, 0}, {0, 0, 0}};
+                for (const auto& first : texts) {
+                    for (const auto& second : texts) {
+                        EXPECT_EQ(whole.compare(first, second), StringWCaseCompare(first, second));
+                        EXPECT_EQ(counted.compareCounted(first, second, 2),
+                                  StringWNCaseCompare(first, second, 2));
+                    }
+                }
+            }
+        }
+    });
+}
+
+// Every pair of short texts in turn, so that each call also answers for what the one before left.
+TEST(Compare, EveryPairOfShortTextsInTurn) {
+    std::vector<std::wstring> texts;
+    forEachText<wchar_t>(L"aAbZ", 3, [&](const std::wstring& text) { texts.push_back(text); });
+    inFreshThread([&] {
+        Reference whole, counted;
+        for (const std::wstring& a : texts) {
+            Fenced<wchar_t> first((std::wstring_view(a)));
+            for (const std::wstring& b : texts) {
+                const wchar_t* second = b.c_str();
+                ASSERT_EQ(whole.compare(first.data(), second),
+                          StringWCaseCompare(first.data(), second));
+                ASSERT_EQ(whole.compare(second, first.data()),
+                          StringWCaseCompare(second, first.data()));
+                for (int32_t count = -1; count <= 4; ++count) {
+                    ASSERT_EQ(counted.compareCounted(first.data(), second, count),
+                              StringWNCaseCompare(first.data(), second, count));
+                    ASSERT_EQ(counted.compareCounted(second, first.data(), count),
+                              StringWNCaseCompare(second, first.data(), count));
+                }
+            }
+        }
+    });
+}
+
+class CompareInLocale : public testing::TestWithParam<const char*> {
+  protected:
+    locales::Global locale_{GetParam()};
+};
+INSTANTIATE_TEST_SUITE_P(Locales, CompareInLocale, testing::ValuesIn(locales::all),
+                         [](const auto& instance) {
+                             return "Kind" + std::to_string(instance.index);
+                         });
+
+TEST_P(CompareInLocale, EveryCharacterIsLoweredAsTheSystemDoes) {
+    Reference whole, counted;
+    for (int32_t c = 1; c <= 0x110001; ++c) {
+        const wchar_t first[] = {c, 0};
+        const wchar_t second[] = {static_cast<wchar_t>(towupper(static_cast<wint_t>(c))), 'k', 0};
+        ASSERT_EQ(whole.compare(first, second), StringWCaseCompare(first, second)) << c;
+        ASSERT_EQ(counted.compareCounted(second, first, 2), StringWNCaseCompare(second, first, 2))
+            << c;
+    }
+}
+
+// Texts of a common length that differ in one character, in case only, or where one goes on.
+TEST_P(CompareInLocale, DifferencesAreFoundAtEveryLengthAndPlace) {
+    std::mt19937 random(3);
+    const wchar_t letters[] = L"aAiIkKzZ\xE4\xC4\x130\x131\x212A\x3C3\x3C2\x10428[@";
+    Reference whole, counted;
+    for (const std::size_t length : everyLength()) {
+        if (length == 0) continue;
+        std::wstring text(length, L' ');
+        for (wchar_t& c : text) c = letters[random() % (std::size(letters) - 1)];
+        std::wstring swapped = text;
+        for (wchar_t& c : swapped) {
+            c = static_cast<wchar_t>(random() % 2 ? towupper(static_cast<wint_t>(c)) : lower(c));
+        }
+        Fenced<wchar_t> second((std::wstring_view(swapped)));
+        const std::size_t at = random() % length;
+        atEveryPlace<wchar_t>(length + 1, [&](wchar_t* first) {
+            std::memcpy(first, text.c_str(), (length + 1) * sizeof(wchar_t));
+            const auto check = [&] {
+                ASSERT_EQ(whole.compare(first, second.data()),
+                          StringWCaseCompare(first, second.data()));
+                ASSERT_EQ(whole.compare(second.data(), first),
+                          StringWCaseCompare(second.data(), first));
+                for (std::size_t count : {std::size_t{0}, at, at + 1, length, length + 1}) {
+                    const auto bound = static_cast<int32_t>(count);
+                    ASSERT_EQ(counted.compareCounted(first, second.data(), bound),
+                              StringWNCaseCompare(first, second.data(), bound));
+                    ASSERT_EQ(counted.compareCounted(second.data(), first, bound),
+                              StringWNCaseCompare(second.data(), first, bound));
+                }
+                // What the calls above left behind.
+                ASSERT_EQ(whole.compare(L"", L"x"), StringWCaseCompare(L"", L"x"));
+                ASSERT_EQ(counted.compareCounted(L"x", L"", 1), StringWNCaseCompare(L"x", L"", 1));
+            };
+            check();
+            first[at] = L'5';
+            check();
+            first[at] = 0;
+            check();
+        });
+    }
+}
+
+}  // namespace
