@@ -38,6 +38,8 @@ function(korv_shared_object target exports)
   # A zeroed block stays malloc and memset: the compiler would make it calloc, which glibc's per-thread
   # cache does not serve. The few bytes of thread-local state need no call into the loader.
   target_compile_options(${target} PRIVATE -fno-builtin-malloc -ftls-model=initial-exec)
+  # Without SSE2 blocks are passed in another way, but only among the functions of one object.
+  target_compile_options(${target} PRIVATE -Wno-psabi)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -mstackrealign)
   endif()
