@@ -1,5 +1,4 @@
 // Byte order: swaps of values and of strings of 16-bit and 32-bit units.
-#include <algorithm>
 #include <bit>
 #include <cstdint>
 
@@ -24,27 +23,28 @@ Block<uint32_t> swapped(Block<uint32_t> block) noexcept {
     return pairs << 16 | pairs >> 16;
 }
 
-// Swaps up to `count` units, or to a zero unit. A unit is read only when none before it is zero,
-// but for aligned blocks, which lie within the count and never reach into another page.
+// Swaps one by one while `left` lasts, to a zero unit (false), or until a unit is aligned, if asked
+// for.
 template <class Unit>
-void swapUnits(Unit* units, std::size_t count) noexcept {
-    Unit* const end = units + count;
-    const auto one = [&units] {
-        if (!*units) return false;
+bool swapOneByOne(Unit*& units, std::size_t& left, bool toAligned) noexcept {
+    for (; left > 0 && !(toAligned && isAligned(units)); --left, ++units) {
+        if (*units == 0) return false;
         *units = swapped(*units);
-        ++units;
-        return true;
-    };
-    while (units != end && !isAligned(units)) {
-        if (!one()) return;
     }
-    for (; static_cast<std::size_t>(end - units) >= blockUnits<Unit>; units += blockUnits<Unit>) {
+    return true;
+}
+
+// Swaps up to `left` units, or to a zero unit. A unit is read only when none before it is zero, but
+// for aligned blocks, which lie within the count and never reach into another page.
+template <class Unit>
+void swapUnits(Unit* units, std::size_t left) noexcept {
+    if (!swapOneByOne(units, left, true)) return;
+    for (; left >= blockUnits<Unit>; left -= blockUnits<Unit>, units += blockUnits<Unit>) {
         const Block<Unit> block = loadBlock(units);
         if (anyLane(block == 0)) break;
         storeBlock(units, swapped(block));
     }
-    while (units != end && one()) {
-    }
+    swapOneByOne(units, left, false);
 }
 
 template <class Unit>
