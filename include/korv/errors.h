@@ -73,6 +73,9 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * accepted into the slot behind the last, and each later one replaces it; a text that is replaced is
  * not released.
  *
+ * A date, time or timestamp is handed on without its type: have as many bytes behind `value` as the
+ * catalogue counts for it (12, 12, 20), though the records are smaller.
+ *
  * currentSize grows by the text's characters * 4 + 4 bytes (by 4 only for an integer of value 0),
  * and largestSize follows. What the companion conversion library leaves in the text is the text; its
  * result is not checked.

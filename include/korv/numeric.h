@@ -61,8 +61,8 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
  *
  * Lengths 4, 8 and 12 are fully defined. In an incomplete group a position that names a digit beyond
  * the last becomes zero (the code 0). Every character counts as a digit code - 0x30; a non-digit or a
- * negative shift gives characters 0x27 to 0x2F. A zero code ends the number early. A negative key
- * chooses the row of its remainder plus 23.
+ * negative shift gives characters 0x27 to 0x2F. A zero code ends the number early. Of a negative key the
+ * remainder, when it is negative, counts plus 23.
  *
  * Returns 0; -1 when the length is above 12 or negative, or when the repetition would never end (with
  * nothing written, in every case). A length of 0 writes nothing. */
