@@ -2,6 +2,7 @@
 #include <cwchar>
 
 #include "code_page.h"
+#include "common/length_prefix.h"
 
 namespace korv::datacnv {
 namespace {
@@ -42,7 +43,7 @@ int32_t KORVCnvCharToWVarcharSz(const char* source, const uint32_t* sourceLen, w
 int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t*, wchar_t* target,
                                    uint32_t targetCapacity, uint32_t* outLen,
                                    const CnvOptions* options) {
-    const int16_t bytes = korv::datacnv::lengthPrefix(source);
+    const int16_t bytes = korv::lengthPrefix(source);
     return widenText(static_cast<const char*>(source) + sizeof bytes, bytes, target, targetCapacity,
                      outLen, options);
 }

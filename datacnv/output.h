@@ -41,17 +41,12 @@ int32_t produce(Unit* target, uint32_t capacity, uint32_t* outLen, Convert conve
     if (status == CNV_SUCCESS) {
         *outLen = out.written;
     } else {
+        // Nothing of a text that could not be converted stays behind the terminator.
+        std::memset(target, 0, out.written * sizeof(Unit));
         out.written = 0;
     }
     target[out.written] = Unit{};
     return status;
-}
-
-// The length in front of variable text, which need not be aligned.
-inline int16_t lengthPrefix(const void* source) noexcept {
-    int16_t length;
-    std::memcpy(&length, source, sizeof length);
-    return length;
 }
 
 }  // namespace korv::datacnv

@@ -1,4 +1,5 @@
 // Fixed and variable wide text to zero-terminated wide text.
+#include "common/length_prefix.h"
 #include "output.h"
 
 namespace korv::datacnv {
@@ -7,7 +8,7 @@ namespace {
 int32_t terminateWide(const void* source, int32_t bytes, wchar_t* target, uint32_t capacity,
                       uint32_t* outLen) noexcept {
     return produce(target, capacity, outLen, [=](Output<wchar_t>& out) noexcept {
-        if (bytes < 0 || bytes % sizeof(wchar_t) != 0) return CNV_BAD_LENGTH;
+        if (bytes < 0) return CNV_BAD_LENGTH;
         return out.append(source, static_cast<uint32_t>(bytes) / sizeof(wchar_t));
     });
 }
@@ -26,7 +27,7 @@ int32_t KORVCnvWCharToWVarcharSz(const wchar_t* source, const uint32_t* sourceLe
 
 int32_t KORVCnvWVarcharToWVarcharSz(const void* source, const uint32_t*, wchar_t* target,
                                     uint32_t targetCapacity, uint32_t* outLen, const CnvOptions*) {
-    const int16_t bytes = korv::datacnv::lengthPrefix(source);
+    const int16_t bytes = korv::lengthPrefix(source);
     return terminateWide(static_cast<const char*>(source) + sizeof bytes, bytes, target,
                          targetCapacity, outLen);
 }

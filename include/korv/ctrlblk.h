@@ -258,8 +258,8 @@ typedef struct PrvRecord {
  *
  * Returns 0; -1 when an argument is empty (nothing is written); 99 or 100 when memory runs out for
  * a field definition or a reference node. After 99 and 100 the X block has no fields and no nodes
- * behind the embedded one (all are released), while header and carried members stay written.
- * CleanCtrlBlkX releases what was built. */
+ * behind the embedded one (all are released), while header and carried members stay written; after
+ * 100 the embedded node's fieldDef names a released record. CleanCtrlBlkX releases what was built. */
 KORV_API int32_t KORVCnvCtrlBlkFromIToX(const CtrlBlkI* source, CtrlBlkX* target);
 
 /* KORVCnvFieldDefFromIToX fills one X field definition and empties its link. The texts are shared.
@@ -316,7 +316,7 @@ KORV_API int32_t CleanParamsX(OprDefX* first);
  * value.text must be a valid descriptor for kinds 2 and 3 with a length above 0, and oprText one
  * when an operand text is present.
  * Returns 0; 78 no memory for the operand text or a wide value; 82 negative value length; 89 no
- * memory for a narrow value; or a code of the companion library. */
+ * memory for a narrow value; or a code of the companion library (wideValueLen stays as it was). */
 KORV_API int32_t CopyParamsStruct(const ParamDesc* source, OprDefI* target,
                                   uint32_t defaultCodePage, uint8_t defaultFlag);
 
@@ -325,8 +325,8 @@ KORV_API int32_t CopyParamsStruct(const ParamDesc* source, OprDefI* target,
  * leaves narrowText and narrowTextLen as they were.
  *
  * Returns 0; 83 when a narrow text has a zero or negative length (a wide one is copied whatever
- * length it is given; a negative one copies nothing); 84 or 85 no memory for the wide or narrow
- * text; or a code of the companion library. */
+ * length it is given; a negative one copies nothing, and one below -4 gives 84); 84 or 85 no memory
+ * for the wide or narrow text; or a code of the companion library (wideTextLen stays as it was). */
 KORV_API int32_t CopyFieldStruct(const FieldDesc* source, FieldDefI* target,
                                  uint32_t defaultCodePage, uint8_t defaultFlag);
 
@@ -343,7 +343,7 @@ KORV_API int32_t CopyPrvStruct(PrvRecord* target, const PrvDesc* source, uint32_
 /* ---- Providers ---------------------------------------------------------------------------------- */
 
 /* GetProviderID returns the number of the masking provider with the zero-terminated `name`,
- * compared as a whole and without regard to case:
+ * compared as a whole and without regard to the case of ASCII letters:
  *
  *   CCN 1, NID 2, EML 3, AFF 4, COL 4, AGE 6, HASH 5, LKP 7, DSWAP 8, CDSWAP 10, DDSWAP 9
  *

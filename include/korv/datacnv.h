@@ -21,7 +21,7 @@
  * variable text and integers. All functions may run in any number of threads at once.
  *
  * Code pages
- *   Numbers are those that IBM and Windows use: 37, 437, 850, 943, 1047, 1252, ... Whatever the
+ *   Numbers are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Whatever the
  *   system's iconv knows as CPn or IBMn is available, and besides
  *     819, 28591     ISO 8859-1             1208, 65001    UTF-8, strict: no overlong forms
  *     367, 20127     ASCII                  1200, 1201     UTF-16, little-endian and big-endian
@@ -43,8 +43,7 @@ extern "C" {
  * companion library. The stand-in ignores the flag and the room. */
 typedef struct CnvOptions {
     uint32_t reserved1[7];
-    uint32_t
-        codePage; /* a number that names a code page: 1208 is UTF-8, 1200 UTF-16, 37, 850, ... */
+    uint32_t codePage; /* a number of the list above */
     uint8_t flag;
 } CnvOptions;
 
@@ -55,7 +54,7 @@ typedef enum CnvStatus {
     CNV_MALFORMED_SOURCE = 202, /* not text of its code page or form, or cut inside a character */
     CNV_UNCONVERTIBLE = 203,    /* a character that the target code page does not have */
     CNV_UNKNOWN_CODE_PAGE = 204,
-    CNV_BAD_LENGTH = 205, /* negative as a signed number, or wide bytes that are not whole units */
+    CNV_BAD_LENGTH = 205, /* negative as a signed number */
     CNV_NO_MEMORY = 206   /* no memory or no file handle for a conversion by iconv */
 } CnvStatus;
 
@@ -74,12 +73,12 @@ KORV_API int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t
                                               wchar_t* target, uint32_t targetCapacity,
                                               uint32_t* outLen, const CnvOptions* options);
 
-/* Fixed-length wide text; *sourceLen is its length in bytes. */
+/* Fixed-length wide text; *sourceLen is its length in bytes. A partial unit at its end is left out. */
 KORV_API int32_t KORVCnvWCharToWVarcharSz(const wchar_t* source, const uint32_t* sourceLen,
                                           wchar_t* target, uint32_t targetCapacity,
                                           uint32_t* outLen, const CnvOptions* options);
 
-/* Wide text led by a signed 16-bit byte count; the text behind it need not be aligned. */
+/* The same for wide text led by a signed 16-bit byte count; the text need not be aligned. */
 KORV_API int32_t KORVCnvWVarcharToWVarcharSz(const void* source, const uint32_t* sourceLen,
                                              wchar_t* target, uint32_t targetCapacity,
                                              uint32_t* outLen, const CnvOptions* options);

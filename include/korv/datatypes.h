@@ -46,14 +46,14 @@ typedef enum KorvDataType {
     DATATYPE_101 = 101 /* 50 bytes, text length 51, no catalogue name */
 } KorvDataType;
 
-/* ODBC date record, 6 bytes. */
+/* ODBC date record, 6 bytes. A value of type ODBC_DATE counts 12. */
 typedef struct OdbcDate {
     int16_t year;
     uint16_t month; /* 1 to 12 */
     uint16_t day;   /* 1 to 31 */
 } OdbcDate;
 
-/* ODBC timestamp record, 16 bytes. */
+/* ODBC timestamp record, 16 bytes. A value of type ODBC_TIMESTAMP counts 20. */
 typedef struct OdbcTimestamp {
     int16_t year;
     uint16_t month; /* 1 to 12 */
@@ -84,6 +84,14 @@ typedef enum KorvProcessingClass {
     KORV_CLASS_TEXT = 74,
     KORV_CLASS_NUMBER = 75
 } KorvProcessingClass;
+
+/* Bytes of a value, and characters of its text form, for the types whose field length says neither:
+ *
+ *   64-bit integers     8  21      DOUBLE, FLOAT      8, 4  32      DATETIME_ narrow   50  50
+ *   32-bit integers     4  11      DECIMAL_PACKED       16  42      DATETIME_ wide    200  50
+ *   16-bit integers     2   6      ODBC_DATE, _TIME     12  50      DATATYPE_101       50  51
+ *   8-bit integers      1   4      ODBC_TIMESTAMP       20  50
+ */
 
 /* ---- Catalogue ---------------------------------------------------------------------------------- */
 
@@ -118,7 +126,7 @@ KORV_API int32_t KORV_IsWideCharacterDatatype(int16_t code);
  *                                    high 16 bits stay, and 2 is added to the whole
  *   terminated text                  if not above 0: the length in characters, cut to a signed 16-bit
  *                                    number, times the unit, plus one unit for the terminator
- *   other numbers, dates             the type's bytes, always
+ *   other numbers, ODBC records      the type's bytes, always
  * Returns 0, or -1 for a code that has no rule (nothing is written). */
 KORV_API int32_t GetSrcBufLen(ValueRecord* value, int16_t code);
 

@@ -33,10 +33,10 @@ typedef struct ErrorRecord {
     int16_t tokenSlotCount; /* as given by the caller, 0 and negative included */
     uint32_t secondCode;
     uint32_t firstCode;
-    TokenSlot tokenSlots[1]; /* really max(tokenSlotCount, 1) slots */
+    TokenSlot tokenSlots[1]; /* really max(tokenSlotCount, 1) slots, and a spare one */
 } ErrorRecord;
 
-/* Head of a request's error chain. The sizes tell how many bytes the flattened errors need. */
+/* Head of a request's error chain. The sizes tell how many bytes one flattened error needs. */
 typedef struct ErrorAnchor {
     ErrorRecord* head;    /* empty while there is no error */
     ErrorRecord* tail;    /* the newest record; meaningful while head is not empty */
@@ -59,8 +59,8 @@ KORV_API int32_t ErrorCapture(const CtrlBlkI* block, uint32_t firstCode, uint32_
                               int16_t slotCount);
 
 /* TermErrors releases every record with its token texts, and the anchor itself, which must come from
- * malloc(). Two kinds of text are not released: one captured under identifier 0, and one in the slot
- * just behind the record's last (see TokenCaptureEAB). A caller that makes them frees them first.
+ * malloc(). Two kinds of text are not released: one captured under identifier 0, and one in
+ * tokenSlots[tokenSlotCount] (see TokenCaptureEAB). A caller that makes them frees them first.
  * Returns 0, also for an empty anchor. */
 KORV_API int32_t TermErrors(ErrorAnchor* anchor);
 
@@ -70,7 +70,7 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * `length` is the size of the value in bytes and is used only for CHAR, DATETIME_CHAR, WCHAR and
  * DATETIME_WCHAR. An empty `value` of a text type is captured as "<NULL>". Identifier 0 is stored,
  * but leaves the slot unused for the next capture. When all slots are taken, one further token is
- * accepted into the slot behind the last, and each later one replaces it; a text that is replaced is
+ * accepted into tokenSlots[tokenSlotCount], and each later one replaces it; a text that is replaced is
  * not released.
  *
  * A date, time or timestamp is handed on without its type: have as many bytes behind `value` as the
@@ -78,14 +78,15 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  *
  * currentSize grows by the text's characters * 4 + 4 bytes (by 4 only for an integer of value 0),
  * and largestSize follows. What the companion conversion library leaves in the text is the text; its
- * result is not checked.
+ * result is not checked. Where it does not say how many characters it wrote, those that the buffer was
+ * sized for are accounted (for fixed wide text its bytes, for numbers and dates none).
  *
  * Returns, in the order of the tests:
  *   -1  the anchor is empty; nothing is changed
  *    1  tokenId is 91 or more; nothing is changed
  *    2  the record's slot count is negative; nothing is changed
- *   -1  an empty value of a type that is not text, or no memory: the slot is used up, its text empty
- *    3  a value of a type that cannot be captured: the slot is used up, its text empty
+ *   -1  an empty value of a type that is not text, or no memory: the slot keeps tokenId, its text empty
+ *    3  a value of a type that cannot be captured: the slot keeps tokenId, its text empty
  *    0  captured */
 KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t dataType,
                                  uint32_t tokenId, uint32_t length);

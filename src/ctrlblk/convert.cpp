@@ -1,5 +1,4 @@
 // Conversion of request records from the I form to the X form.
-
 #include "common/header.h"
 #include "common/heap.h"
 #include "common/list.h"
@@ -30,16 +29,18 @@ void convertOperand(const OprDefI& source, OprDefX& target) noexcept {
     writeHeader(target.header, "OPRX", sizeof(OprDefX));
 }
 
-int32_t convertFields(const FieldDefI* source, FieldDefX*& head) noexcept {
-    FieldDefX** position = &head;
+// Appends a converted record to the list at `head` for each of the source's; false: no memory.
+template <class Source, class Target>
+bool convertList(const Source* source, Target*& head,
+                 void (*convert)(const Source&, Target&)) noexcept {
+    Target** position = &head;
     for (; source; source = source->link) {
-        FieldDefX* field = heap::record<FieldDefX>();
-        *position = field;
-        if (!field) return KORV_NO_MEMORY_FIELD;
-        convertField(*source, *field);
-        position = &field->link;
+        *position = heap::record<Target>();
+        if (!*position) return false;
+        convert(*source, **position);
+        position = &(*position)->link;
     }
-    return KORV_SUCCESS;
+    return true;
 }
 
 // Finds the record at a position of a field list. It remembers where it stands, so that ascending
@@ -100,8 +101,8 @@ int32_t convertBlock(const CtrlBlkI& source, CtrlBlkX& target) noexcept {
     target.blkValue2 = source.blkValue2;
     target.blkValue3 = source.blkValue3;
 
-    int32_t status = convertFields(source.fieldDefs, target.fieldDefs);
-    if (status == KORV_SUCCESS) {
+    int32_t status = KORV_NO_MEMORY_FIELD;
+    if (convertList(source.fieldDefs, target.fieldDefs, convertField)) {
         status = convertReferences(source.fieldRefs, target.fieldDefs, target.fieldRefs);
     }
     if (status != KORV_SUCCESS) {
@@ -122,17 +123,9 @@ int32_t convertService(const CtrlBlkX& block, const SvcDefI& source, SvcDefX& ta
     target.oprDefs = nullptr;
     target.fieldDefs = block.fieldDefs;
 
-    OprDefX** position = &target.oprDefs;
-    for (const OprDefI* operand = source.oprDefs; operand; operand = operand->link) {
-        *position = heap::record<OprDefX>();
-        if (!*position) {
-            freeList(target.oprDefs);
-            return KORV_NO_MEMORY_OPERAND;
-        }
-        convertOperand(*operand, **position);
-        position = &(*position)->link;
-    }
-    return KORV_SUCCESS;
+    if (convertList(source.oprDefs, target.oprDefs, convertOperand)) return KORV_SUCCESS;
+    freeList(target.oprDefs);
+    return KORV_NO_MEMORY_OPERAND;
 }
 
 }  // namespace

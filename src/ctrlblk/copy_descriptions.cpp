@@ -23,7 +23,7 @@ CnvOptions optionsFor(const TextDesc& text, const Defaults& defaults) noexcept {
     return options;
 }
 
-// Zero-filled room for a narrow text of `length` bytes in wide form, terminator included.
+// Bytes of a narrow text of `length` bytes in wide form, terminator included.
 std::size_t wideRoom(int32_t length) noexcept {
     return (static_cast<std::size_t>(length) + 1) * sizeof(wchar_t);
 }

@@ -1,7 +1,6 @@
 // Provider numbers by name.
-#include <strings.h>
-
 #include "korv/ctrlblk.h"
+#include "korv/text.h"
 
 namespace korv {
 namespace {
@@ -17,9 +16,18 @@ constexpr Provider providers[] = {
     {"HASH", 5}, {"LKP", 7}, {"DSWAP", 8}, {"CDSWAP", 10}, {"DDSWAP", 9},
 };
 
+// Letters are those of ASCII: a locale in which i is not the small I must not hide a provider.
+bool isNamed(const char* given, const char* name) noexcept {
+    while (*name && toportwupper(*given) == *name) {
+        ++given;
+        ++name;
+    }
+    return *given == *name;
+}
+
 int32_t providerNumber(const char* name) noexcept {
     for (const Provider& provider : providers) {
-        if (strcasecmp(name, provider.name) == 0) return provider.number;
+        if (isNamed(name, provider.name)) return provider.number;
     }
     return KORV_PROVIDER_UNKNOWN;
 }

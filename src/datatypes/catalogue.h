@@ -1,8 +1,6 @@
 // The catalogue of data types: one table that every question about a type is answered from.
 #pragma once
 
-#include <cstring>
-
 #include "korv/datatypes.h"
 
 namespace korv {
@@ -31,13 +29,6 @@ const DataType& dataType(int16_t code) noexcept;
 
 inline bool isText(const DataType& type) noexcept {
     return type.unit != 0;
-}
-
-// The length prefix of variable text, which need not be aligned.
-inline int16_t lengthPrefix(const void* value) noexcept {
-    int16_t prefix;
-    std::memcpy(&prefix, value, sizeof prefix);
-    return prefix;
 }
 
 }  // namespace korv

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <cwchar>
 
+#include "common/length_prefix.h"
 #include "datatypes/catalogue.h"
 
 namespace korv {
@@ -17,7 +18,7 @@ std::size_t terminatedLength(const void* data, uint8_t unit) noexcept {
 int32_t completeLength(ValueRecord& value, const DataType& type) noexcept {
     switch (type.family) {
         case Family::unknown:
-            return KORV_FAILURE;
+            break;
         case Family::fixedText:
         case Family::opaqueNumber:
             return KORV_SUCCESS;

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "common/heap.h"
+#include "common/length_prefix.h"
 #include "datatypes/catalogue.h"
 #include "errors/error_chain.h"
 #include "korv/datacnv.h"

@@ -6,6 +6,7 @@
 
 #include "korv/ctrlblk.h"
 #include "support/fenced.h"
+#include "text/locales.h"
 
 namespace {
 
@@ -86,6 +87,21 @@ TEST(ProviderId, OfAllNamesOfThreeLetters) {
                 ASSERT_EQ(expected(name), GetProviderID(name.c_str())) << name;
             }
         }
+    }
+}
+
+// In Turkish the capital of i is not I, nor the small letter of I an i.
+TEST(ProviderId, DoesNotFollowTheLocale) {
+    for (const char* name : locales::all) {
+        const locales::Global inLocale(name);
+        EXPECT_EQ(2, GetProviderID("nid")) << name;
+        EXPECT_EQ(2, GetProviderID("NID")) << name;
+        EXPECT_EQ(11, GetProviderID("n\xFD"
+                                    "d"))
+            << name;
+        EXPECT_EQ(11, GetProviderID("N\xDD"
+                                    "D"))
+            << name;
     }
 }
 

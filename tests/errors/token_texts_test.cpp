@@ -124,6 +124,14 @@ TEST_F(TokenTexts, OfVariableWideText) {
     }
 }
 
+TEST_F(TokenTexts, OfVariableWideTextWithAPartialUnit) {
+    const std::string bytes = prefixed(L"abc", 12);
+    Fenced<char> value(bytes.size());
+    std::memcpy(value.data(), bytes.data(), bytes.size());
+    value[0] = 10;
+    EXPECT_EQ(12u, captured(value.data(), WVARCHAR, 0, L"ab", 12));
+}
+
 TEST_F(TokenTexts, OfTerminatedWideText) {
     for (std::uint32_t length = 0; length <= 70; ++length) {
         const std::wstring text = wideText(length);
