@@ -43,7 +43,7 @@ function(korv_shared_object target exports)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -mstackrealign)
   endif()
-  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,-z,defs -Wl,-z,relro
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed -Wl,-z,defs -Wl,-z,relro
                                         -Wl,-z,now)
   target_link_libraries(${target} PRIVATE korv_flags)
 endfunction()

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -12,9 +13,11 @@
 
 namespace korv {
 
+// Wide characters are lanes of int32_t: not every compiler compares lanes of wchar_t.
 template <class Unit>
 struct BlockOf {
-    typedef Unit type __attribute__((vector_size(16)));
+    typedef std::conditional_t<std::is_same_v<Unit, wchar_t>, int32_t, Unit> type
+        __attribute__((vector_size(16)));
     static constexpr std::size_t units = 16 / sizeof(Unit);
 };
 template <class Unit>

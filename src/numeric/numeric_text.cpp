@@ -74,15 +74,16 @@ bool isBlankTail(const char* tail, std::size_t length) noexcept {
 // Whether `length` characters are blanks, four blocks at a time once they are aligned: blocks lie
 // within the length and never reach into another page.
 bool isBlank(const wchar_t* text, std::size_t length) noexcept {
+    constexpr int32_t blank = L' ';
     constexpr std::size_t stride = 4 * blockUnits<wchar_t>;
     const wchar_t* const end = text + length;
     for (; text != end && !isAligned<stride * sizeof(wchar_t)>(text); ++text) {
         if (*text != L' ') return false;
     }
     for (; static_cast<std::size_t>(end - text) >= stride; text += stride) {
-        Block<wchar_t> different{};
+        Block<int32_t> different{};
         for (std::size_t i = 0; i < stride; i += blockUnits<wchar_t>) {
-            different |= loadBlock(text + i) ^ L' ';
+            different |= loadBlock(text + i) ^ blank;
         }
         if (anyLane(different != 0)) return false;
     }

@@ -4,8 +4,6 @@
 namespace korv {
 namespace {
 
-constexpr int32_t poolSize = 16;
-
 // The remainder of a key, 0 or above, by a count that the compiler knows: it divides by
 // multiplying.
 template <int32_t count>

@@ -45,7 +45,7 @@ void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& let
     while (length - i >= blockUnits<wchar_t>) {
         const Block<wchar_t> block = loadBlock(text + i);
         if (letterCase.isAscii(block)) {
-            storeBlock(text + i, convertAscii<Case, wchar_t>(block));
+            storeBlock(text + i, convertAscii<Case, int32_t>(block));
             i += blockUnits<wchar_t>;
         } else {
             convertUpTo(i + blockUnits<wchar_t>);
