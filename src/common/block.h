@@ -66,18 +66,35 @@ void copyFixed(void* to, const void* from) noexcept {
     std::memcpy(to, from, bytes);
 }
 
-// Whether any bit of a comparison's result is set.
+// Whether a comparison holds in any lane, or in all. "Equal in all" is one step less than "unequal
+// in any".
+#ifdef __SSE2__
+template <class Vector>
+int laneMask(const Vector& lanes) noexcept {
+    static_assert(sizeof lanes == 16);
+    return _mm_movemask_epi8(reinterpret_cast<const __m128i&>(lanes));
+}
+template <class Vector>
+bool anyLane(const Vector& lanes) noexcept {
+    return laneMask(lanes) != 0;
+}
+template <class Vector>
+bool allLanes(const Vector& lanes) noexcept {
+    return laneMask(lanes) == 0xFFFF;
+}
+#else
 template <class Vector>
 bool anyLane(const Vector& lanes) noexcept {
     static_assert(sizeof lanes == 16);
-#ifdef __SSE2__
-    return _mm_movemask_epi8(reinterpret_cast<const __m128i&>(lanes)) != 0;
-#else
     uint32_t words[4];
     std::memcpy(words, &lanes, sizeof words);
     return (words[0] | words[1] | words[2] | words[3]) != 0;
-#endif
 }
+template <class Vector>
+bool allLanes(const Vector& lanes) noexcept {
+    return !anyLane(~lanes);
+}
+#endif
 
 // The lanes of four blocks as bytes; a lane that is no byte becomes 0 or 255, whichever is nearer.
 inline Block<uint8_t> narrowToBytes(const Block<int32_t> (&blocks)[4]) noexcept {

@@ -71,23 +71,28 @@ bool isBlankTail(const char* tail, std::size_t length) noexcept {
     return length <= std::size(PXSpaces) && std::memcmp(tail, PXSpaces, length) == 0;
 }
 
-// Whether `length` characters are blanks, four blocks at a time once they are aligned: blocks lie
-// within the length and never reach into another page.
+// Whether `length` characters are blanks. Blocks that are read lie within the length and, being
+// aligned, never reach into another page.
 bool isBlank(const wchar_t* text, std::size_t length) noexcept {
     constexpr int32_t blank = L' ';
-    constexpr std::size_t stride = 4 * blockUnits<wchar_t>;
-    const wchar_t* const end = text + length;
-    for (; text != end && !isAligned<stride * sizeof(wchar_t)>(text); ++text) {
-        if (*text != L' ') return false;
-    }
-    for (; static_cast<std::size_t>(end - text) >= stride; text += stride) {
-        Block<int32_t> different{};
-        for (std::size_t i = 0; i < stride; i += blockUnits<wchar_t>) {
-            different |= loadBlock(text + i) ^ blank;
+    constexpr std::size_t one = blockUnits<wchar_t>;
+    constexpr std::size_t four = 4 * one;
+    const auto isBlankBlock = [&](std::size_t at) { return loadBlock(text + at) == blank; };
+    while (length > 0) {
+        if (length >= four && isAligned<four * sizeof(wchar_t)>(text)) {
+            if (!allLanes(isBlankBlock(0) & isBlankBlock(one) & isBlankBlock(2 * one) &
+                          isBlankBlock(3 * one))) {
+                return false;
+            }
+            text += four;
+            length -= four;
+        } else {
+            if (*text != blank) return false;
+            ++text;
+            --length;
         }
-        if (anyLane(different != 0)) return false;
     }
-    return std::find_if(text, end, [](wchar_t c) { return c != L' '; }) == end;
+    return true;
 }
 
 // Wide tails are compared like text, which ends where tail and table both do.

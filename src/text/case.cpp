@@ -42,13 +42,20 @@ void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& let
     const auto convertUpTo = [&](std::size_t end) {
         for (; i < end; ++i) text[i] = letterCase.convert(text[i]);
     };
-    while (length - i >= blockUnits<wchar_t>) {
-        const Block<wchar_t> block = loadBlock(text + i);
-        if (letterCase.isAscii(block)) {
-            storeBlock(text + i, convertAscii<Case, int32_t>(block));
-            i += blockUnits<wchar_t>;
+    // Four blocks for one question.
+    constexpr std::size_t one = blockUnits<wchar_t>;
+    while (length - i >= 4 * one) {
+        Block<wchar_t> blocks[4];
+#pragma GCC unroll 4
+        for (std::size_t k = 0; k < 4; ++k) blocks[k] = loadBlock(text + i + k * one);
+        if (letterCase.isAscii(blocks[0] | blocks[1] | blocks[2] | blocks[3])) {
+#pragma GCC unroll 4
+            for (std::size_t k = 0; k < 4; ++k) {
+                storeBlock(text + i + k * one, convertAscii<Case, int32_t>(blocks[k]));
+            }
+            i += 4 * one;
         } else {
-            convertUpTo(i + blockUnits<wchar_t>);
+            convertUpTo(i + 4 * one);
         }
     }
     convertUpTo(length);

@@ -32,7 +32,7 @@ std::size_t findDifference(const wchar_t* first, const wchar_t* second, std::siz
         const Block<wchar_t> a = loadBlock(first + i);
         const Block<wchar_t> b = loadBlock(second + i);
         if (lower.isAscii(a | b) &&
-            !anyLane(convertAscii<Lower, int32_t>(a) != convertAscii<Lower, int32_t>(b))) {
+            allLanes(convertAscii<Lower, int32_t>(a) == convertAscii<Lower, int32_t>(b))) {
             i += blockUnits<wchar_t>;
             continue;
         }

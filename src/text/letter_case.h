@@ -54,7 +54,7 @@ bool isAsciiTable(const int32_t* table, int32_t from) noexcept {
     for (int32_t c = from; c < 128; c += blockUnits<int32_t>) {
         different |= loadBlock(table + c) ^ loadBlock(&asciiTable<Case>[c + tableOrigin]);
     }
-    return !anyLane((different & 0xFF) != 0);
+    return allLanes((different & 0xFF) == 0);
 }
 
 // A block of ASCII characters with its letters converted. Bytes above 127 are negative.
@@ -81,7 +81,7 @@ class WideCase {
 
     // Whether convertAscii converts the whole block.
     bool isAscii(Block<wchar_t> block) const noexcept {
-        return ascii_ && !anyLane((block & ~0x7F) != 0);
+        return ascii_ && allLanes((block & ~0x7F) == 0);
     }
 
   private:
