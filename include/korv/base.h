@@ -4,12 +4,12 @@
  *
  *  1. Results.   A function that can fail returns a signed 32-bit status: 0 is success, every other
  *                value is named in KorvStatus. Nothing is logged and nothing is thrown.
- *  2. Failure.   On failure an output is left as it was. Where members of a record have been written
- *                before the failure, the function's comment says which.
- *  3. Null.      "Empty" means a null pointer. A pointer is tested only where the comment promises a
- *                status for it; every other pointer must be valid.
+ *  2. Failure.   On failure an output is left as it was. Where members of a record have been
+ *                written before the failure, the function's comment says which.
+ *  3. Null.      "Empty" means a null pointer. A pointer is tested only where the comment promises
+ *                a status for it; every other pointer must be valid.
  *  4. Lengths.   "Bytes" are bytes, "characters" are units of the text at hand: 1 byte in narrow
- *                text, 4 bytes (wchar_t) in wide text. A length that comes with a buffer is trusted.
+ *                text, 4 bytes (wchar_t) in wide text. A length passed with a buffer is trusted.
  *  5. Ownership. The caller owns what it passes. Records, texts and buffers that the library
  *                allocates are blocks of the process heap; the comment names the function that
  *                releases them, or says that the caller uses free().
@@ -42,7 +42,7 @@ typedef char korv_wchar_has_4_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 
 /* Every status of the library. The numbers are stored by callers and never change. */
 typedef enum KorvStatus {
-    KORV_FAILURE = -1,  /* a required argument is empty, or the step that the comment names failed */
+    KORV_FAILURE = -1, /* a required argument is empty, or the step that the comment names failed */
     KORV_SUCCESS = 0,
     KORV_TOKEN_BAD_ID = 1,   /* token identifier outside the catalogue */
     KORV_TOKEN_NO_SLOT = 2,  /* the newest error record takes no tokens */

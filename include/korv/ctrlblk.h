@@ -22,7 +22,7 @@ extern "C" {
 
 struct ErrorAnchor; /* korv/errors.h */
 
-/* ---- Records of a request ---------------------------------------------------------------- */
+/* ---- Records of a request -------------------------------------------------------------------- */
 
 /* Field definition, I form: one data item that a provider works on. 56 bytes. */
 typedef struct FieldDefI {
@@ -169,7 +169,7 @@ typedef struct SvcDefX {
     FieldDefX* fieldDefs; /* borrowed: the field list of the block it was converted for */
 } SvcDefX;
 
-/* ---- The framework's descriptions --------------------------------------------------------- */
+/* ---- The framework's descriptions ------------------------------------------------------------ */
 
 /* TextDesc::codePage when the text does not say its code page. */
 #define KORV_CODEPAGE_NOT_GIVEN INT32_MIN
@@ -242,24 +242,25 @@ typedef struct PrvRecord {
     void** texts;      /* two buffers of the caller's: char or wchar_t by the text mode */
 } PrvRecord;
 
-/* ---- Conversion ----------------------------------------------------------------------------- */
+/* ---- Conversion ------------------------------------------------------------------------------ */
 
 /* KORVCnvCtrlBlkFromIToX fills the X block `target` from the I block `source`: header, carried
  * members, a field definition for each of the I block's, and a reference node for each of its.
  *
  * Written: everything but reserved1 and blkSlot. With an empty I field list fieldDefs stays as the
- * caller set it; a list that it held before is otherwise dropped, not released. Reference nodes that
- * already hang from the X block are filled again; nodes beyond the last I node stay linked.
+ * caller set it; a list that it held before is otherwise dropped, not released. Reference nodes
+ * that already hang from the X block are filled again; nodes beyond the last I node stay linked.
  *
  * A reference's fieldDef is found by fieldPos steps from the block's first field. Zero and negative
  * positions name the first field. A position past the end of the list gives the address one
- * FieldDefX beyond the last record, never an empty pointer: it may be compared, not read. In a block
- * without fields every fieldDef is empty.
+ * FieldDefX beyond the last record, never an empty pointer: it may be compared, not read. In a
+ * block without fields every fieldDef is empty.
  *
  * Returns 0; -1 when an argument is empty (nothing is written); 99 or 100 when memory runs out for
  * a field definition or a reference node. After 99 and 100 the X block has no fields and no nodes
  * behind the embedded one (all are released), while header and carried members stay written; after
- * 100 the embedded node's fieldDef names a released record. CleanCtrlBlkX releases what was built. */
+ * 100 the embedded node's fieldDef names a released record. CleanCtrlBlkX releases what was built.
+ * */
 KORV_API int32_t KORVCnvCtrlBlkFromIToX(const CtrlBlkI* source, CtrlBlkX* target);
 
 /* KORVCnvFieldDefFromIToX fills one X field definition and empties its link. The texts are shared.
@@ -286,7 +287,7 @@ KORV_API int32_t KORVCnvSvcDefFromIToX(const CtrlBlkX* block, const SvcDefI* sou
  * text, with no text left in the copy and its other members written. */
 KORV_API int32_t DuplicateFieldDefI(FieldDefI* target, const FieldDefI* source);
 
-/* ---- Release ---------------------------------------------------------------------------------- */
+/* ---- Release --------------------------------------------------------------------------------- */
 
 /* CleanCtrlBlkX releases the field list, the chained reference nodes and the block itself, which
  * must come from malloc(). Texts are not touched. Returns 0, also for an empty block. */
@@ -299,13 +300,13 @@ KORV_API int32_t CleanSvcDefX(SvcDefX* service);
 /* CleanParamsX releases a list of X operands. Texts are not touched. Returns 0, also when empty. */
 KORV_API int32_t CleanParamsX(OprDefX* first);
 
-/* ---- Copies of the framework's descriptions --------------------------------------------------- */
+/* ---- Copies of the framework's descriptions -------------------------------------------------- */
 
 /* For all three: the texts are copied into buffers of the process heap that the target record owns
  * and the caller releases with free(). Nothing is rolled back on failure: members and buffers
- * written before it stay in the target, and a buffer that could not be had is stored as empty. Where
- * a narrow text is widened, its descriptor's own code page and flag are used, or, when that code
- * page is KORV_CODEPAGE_NOT_GIVEN, the defaults passed in. A non-zero result of the companion
+ * written before it stay in the target, and a buffer that could not be had is stored as empty.
+ * Where a narrow text is widened, its descriptor's own code page and flag are used, or, when that
+ * code page is KORV_CODEPAGE_NOT_GIVEN, the defaults passed in. A non-zero result of the companion
  * conversion library (korv/datacnv.h) is passed on unchanged. */
 
 /* CopyParamsStruct fills an operand from a parameter description: oprCode, valueKind, the operand
@@ -321,8 +322,8 @@ KORV_API int32_t CopyParamsStruct(const ParamDesc* source, OprDefI* target,
                                   uint32_t defaultCodePage, uint8_t defaultFlag);
 
 /* CopyFieldStruct fills a field definition from a field description. link, header and fldExtra are
- * not touched. With an empty descriptor or text the text members are not touched either. A wide text
- * leaves narrowText and narrowTextLen as they were.
+ * not touched. With an empty descriptor or text the text members are not touched either. A wide
+ * text leaves narrowText and narrowTextLen as they were.
  *
  * Returns 0; 83 when a narrow text has a zero or negative length (a wide one is copied whatever
  * length it is given; a negative one copies nothing, and one below -4 gives 84); 84 or 85 no memory
@@ -340,14 +341,15 @@ KORV_API int32_t CopyFieldStruct(const FieldDesc* source, FieldDefI* target,
 KORV_API int32_t CopyPrvStruct(PrvRecord* target, const PrvDesc* source, uint32_t codePage,
                                uint8_t flag, uint8_t textMode);
 
-/* ---- Providers ---------------------------------------------------------------------------------- */
+/* ---- Providers ------------------------------------------------------------------------------- */
 
 /* GetProviderID returns the number of the masking provider with the zero-terminated `name`,
  * compared as a whole and without regard to the case of ASCII letters:
  *
  *   CCN 1, NID 2, EML 3, AFF 4, COL 4, AGE 6, HASH 5, LKP 7, DSWAP 8, CDSWAP 10, DDSWAP 9
  *
- * and KORV_PROVIDER_UNKNOWN for any other name. The irregular numbers are as providers know them. */
+ * and KORV_PROVIDER_UNKNOWN for any other name. The irregular numbers are as providers know them.
+ * */
 KORV_API int32_t GetProviderID(const char* name);
 
 #define KORV_PROVIDER_UNKNOWN 11

@@ -73,7 +73,8 @@ KORV_API int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t
                                               wchar_t* target, uint32_t targetCapacity,
                                               uint32_t* outLen, const CnvOptions* options);
 
-/* Fixed-length wide text; *sourceLen is its length in bytes. A partial unit at its end is left out. */
+/* Fixed-length wide text; *sourceLen is its length in bytes. A partial unit at its end is left out.
+ * */
 KORV_API int32_t KORVCnvWCharToWVarcharSz(const wchar_t* source, const uint32_t* sourceLen,
                                           wchar_t* target, uint32_t targetCapacity,
                                           uint32_t* outLen, const CnvOptions* options);

@@ -49,8 +49,9 @@ typedef struct ErrorAnchor {
  *
  * currentSize becomes the record's 24 + 8 * max(slotCount, 1) bytes plus 8 * slotCount (a negative
  * count lowers it); largestSize follows. The chain owns the record.
- * Returns 0; -1 when the anchor is empty (nothing is changed) or memory runs out: then the chain and
- * recordCount are unchanged, and currentSize is the size of the record that could not be had. */
+ * Returns 0; -1 when the anchor is empty (nothing is changed) or memory runs out: then the chain
+ * and recordCount are unchanged, and currentSize is the size of the record that could not be had.
+ * */
 KORV_API int32_t ErrorCaptureEAB(ErrorAnchor* anchor, uint32_t firstCode, uint32_t secondCode,
                                  int16_t slotCount);
 
@@ -58,8 +59,8 @@ KORV_API int32_t ErrorCaptureEAB(ErrorAnchor* anchor, uint32_t firstCode, uint32
 KORV_API int32_t ErrorCapture(const CtrlBlkI* block, uint32_t firstCode, uint32_t secondCode,
                               int16_t slotCount);
 
-/* TermErrors releases every record with its token texts, and the anchor itself, which must come from
- * malloc(). Two kinds of text are not released: one captured under identifier 0, and one in
+/* TermErrors releases every record with its token texts, and the anchor itself, which must come
+ * from malloc(). Two kinds of text are not released: one captured under identifier 0, and one in
  * tokenSlots[tokenSlotCount] (see TokenCaptureEAB). A caller that makes them frees them first.
  * Returns 0, also for an empty anchor. */
 KORV_API int32_t TermErrors(ErrorAnchor* anchor);
@@ -70,23 +71,23 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * `length` is the size of the value in bytes and is used only for CHAR, DATETIME_CHAR, WCHAR and
  * DATETIME_WCHAR. An empty `value` of a text type is captured as "<NULL>". Identifier 0 is stored,
  * but leaves the slot unused for the next capture. When all slots are taken, one further token is
- * accepted into tokenSlots[tokenSlotCount], and each later one replaces it; a text that is replaced is
- * not released.
+ * accepted into tokenSlots[tokenSlotCount], and each later one replaces it; a text that is replaced
+ * is not released.
  *
  * A date, time or timestamp is handed on without its type: have as many bytes behind `value` as the
  * catalogue counts for it (12, 12, 20), though the records are smaller.
  *
  * currentSize grows by the text's characters * 4 + 4 bytes (by 4 only for an integer of value 0),
- * and largestSize follows. What the companion conversion library leaves in the text is the text; its
- * result is not checked. Where it does not say how many characters it wrote, those that the buffer was
- * sized for are accounted (for fixed wide text its bytes, for numbers and dates none).
+ * and largestSize follows. What the companion conversion library leaves in the text is the text;
+ * its result is not checked. Where it does not say how many characters it wrote, those that the
+ * buffer was sized for are accounted (for fixed wide text its bytes, for numbers and dates none).
  *
  * Returns, in the order of the tests:
  *   -1  the anchor is empty; nothing is changed
  *    1  tokenId is 91 or more; nothing is changed
  *    2  the record's slot count is negative; nothing is changed
- *   -1  an empty value of a type that is not text, or no memory: the slot keeps tokenId, its text empty
- *    3  a value of a type that cannot be captured: the slot keeps tokenId, its text empty
+ *   -1  an empty value of a type other than text, or no memory: the slot keeps tokenId without text
+ *    3  a value of a type that cannot be captured: the slot keeps tokenId without text
  *    0  captured */
 KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t dataType,
                                  uint32_t tokenId, uint32_t length);

@@ -13,9 +13,9 @@ extern "C" {
 #endif
 
 /* KORVGetLocalTime writes the local time as "%d/%b/%Y %H:%M:%S" (05/Mar/2024 14:07:09; the month
- * follows the host's locale) into `buffer` of `capacity` bytes, and returns the buffer. When the text
- * and its terminator do not fit, the contents are those that strftime leaves: unspecified, within the
- * capacity. */
+ * follows the host's locale) into `buffer` of `capacity` bytes, and returns the buffer. When the
+ * text and its terminator do not fit, the contents are those that strftime leaves: unspecified,
+ * within the capacity. */
 KORV_API char* KORVGetLocalTime(char* buffer, uint32_t capacity);
 
 /* KORVGetCurLocalTimeTS stores the current local time with a fraction of 0. With a `dateOnly` other

@@ -17,8 +17,7 @@ constexpr int maxLength = 12;
 template <class Char>
 using Digits = Char[maxLength + groupSize];
 
-// ---- Any characters and any shift
-// ----------------------------------------------------------------
+// ---- Any characters and any shift ----
 
 // Moves each character forward by shift + its position; returns the sum of the resulting digits. At
 // least one character is processed.
@@ -62,8 +61,7 @@ template <class Char>
     return KORV_SUCCESS;
 }
 
-// ---- Whole groups of decimal digits, and a shift forward
-// -------------------------------------------
+// ---- Whole groups of decimal digits, and a shift forward ----
 
 // The groups of a number, four digits in each 32-bit lane, the first in the lowest byte. Lanes
 // without a group hold zeros.

@@ -112,7 +112,10 @@ void Sorter<Width, Compare>::sort(char* lo, char* hi) const noexcept {
 
             const bool leftWaits = lo + width < higuy;
             const bool rightWaits = loguy < hi;
-            if (higuy - 1 - lo >= hi - loguy) {
+            // Bytes on the left and on the right, without a sign: either may be above half the
+            // memory.
+            if (static_cast<std::size_t>(higuy - lo) >=
+                static_cast<std::size_t>(hi + width - loguy)) {
                 if (leftWaits) stack[waiting++] = {lo, higuy - width};
                 if (rightWaits) {
                     lo = loguy;

@@ -60,7 +60,7 @@ int32_t compareUpTo(const wchar_t* first, const wchar_t* second, std::size_t lim
     const LowerCase lower;
     while (limit > 0 && *first && *second) {
         const std::size_t most = std::min(limit, stride);
-        const std::size_t length = std::min(wcsnlen(first, most), wcsnlen(second, most));
+        const std::size_t length = wcsnlen(second, wcsnlen(first, most));
         const std::size_t at = findDifference(first, second, length, lower);
         const std::size_t compared = std::min(at, length - 1);
         last = {lower.convert(first[compared]), lower.convert(second[compared])};
