@@ -2,8 +2,9 @@
  *
  * Conventions, which hold for every function unless its own comment says otherwise
  *
- *  1. Results.   A function that can fail returns a signed 32-bit status: 0 is success, every other
- *                value is named in KorvStatus. Nothing is logged and nothing is thrown.
+ *  1. Results.   A function that can fail returns a signed 32-bit status: 0 is success (and 65 that
+ *                of GetDataTypeLengths), every other value is named in KorvStatus. Nothing is
+ *                logged and nothing is thrown.
  *  2. Failure.   On failure an output is left as it was. Where members of a record have been
  *                written before the failure, the function's comment says which.
  *  3. Null.      "Empty" means a null pointer. A pointer is tested only where the comment promises

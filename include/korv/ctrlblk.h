@@ -61,7 +61,7 @@ typedef struct FieldDefX {
 typedef struct FieldRefI {
     struct FieldRefI* link;
     int16_t fieldPos;    /* position in the field list, from 0 */
-    FieldDefI* fieldDef; /* the field there; set by the framework */
+    FieldDefI* fieldDef; /* the field there; read by KORV_IsZeroOrZeroLength, not converted */
 } FieldRefI;
 
 /* Field reference, X form. */

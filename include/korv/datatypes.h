@@ -3,7 +3,8 @@
  *
  * Text comes in three forms: fixed (its length comes with it), variable (led by a signed 16-bit
  * length prefix; wide variable text counts bytes there), and terminated (the _SZ types). The W
- * types hold 4-byte units.
+ * types hold 4-byte units. "The twelve text types" are CHAR to WVARCHAR_SZ and the six DATETIME_
+ * types.
  */
 #ifndef KORV_DATATYPES_H
 #define KORV_DATATYPES_H
@@ -61,7 +62,7 @@ typedef struct OdbcTimestamp {
     uint16_t hour;
     uint16_t minute;
     uint16_t second;
-    uint32_t fraction; /* of a second */
+    uint32_t fraction; /* of a second; the library writes 0 and never reads it */
 } OdbcTimestamp;
 
 /* Value record: the framework's description of one source value and its target. The framework's

@@ -74,6 +74,11 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * accepted into tokenSlots[tokenSlotCount], and each later one replaces it; a text that is replaced
  * is not released.
  *
+ * The types that can be captured are the twelve text types of korv/datatypes.h, INTEGER, U_INTEGER,
+ * SMALLINT, USMALLINT, ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP. Narrow text is handed to the
+ * companion library without a code page; the one built here then takes each byte as an ISO 8859-1
+ * character.
+ *
  * A date, time or timestamp is handed on without its type: have as many bytes behind `value` as the
  * catalogue counts for it (12, 12, 20), though the records are smaller.
  *

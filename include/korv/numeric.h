@@ -62,7 +62,8 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
  * Then the digits are transposed in groups of four by one of 23 permutations, chosen by key modulo
  * 23.
  *
- * Lengths 4, 8 and 12 are fully defined. In an incomplete group a position that names a digit
+ * Lengths 4, 8 and 12 are fully defined. At other lengths digits are
+ * lost: in an incomplete group a position that names a digit
  * beyond the last becomes zero (the code 0). Every character counts as a digit code - 0x30; a
  * non-digit or a negative shift gives characters 0x27 to 0x2F. A zero code ends the number early,
  * unless it is the first character and shifted, which makes it a character like any other. Of a

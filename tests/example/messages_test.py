@@ -42,6 +42,23 @@ class MessagesTest(CommandTest):
             result = self.run_program("-r", "rules.txt", "in.csv", *arguments)
             self.assertEqual((2, message), (result.returncode, result.stderr))
 
+    def test_files_that_are_read_are_not_replaced(self):
+        self.write("rules.txt", RULES)
+        self.write("in.csv", ROWS)
+        os.link(self.path("in.csv"), self.path("same.csv"))
+        os.symlink("rules.txt", self.path("same.txt"))
+        for option, written, read in (("--report", "in.csv", "in.csv"),
+                                      ("--report", "same.csv", "in.csv"),
+                                      ("--report", "rules.txt", "rules.txt"),
+                                      ("-o", "rules.txt", "rules.txt"),
+                                      ("-o", "same.txt", "rules.txt")):
+            result = self.run_program("-r", "rules.txt", "in.csv", option, written)
+            message = f"{written}: would replace {read}, which is read\n"
+            self.assertEqual((2, message.encode()), (result.returncode, result.stderr))
+        for name, contents in (("in.csv", ROWS), ("rules.txt", RULES)):
+            with open(self.path(name), encoding="utf-8") as file:
+                self.assertEqual(contents, file.read())
+
     def test_rules_that_do_not_fit(self):
         self.expect("rules.txt:1:8: there is no provider CNC", rules="CARD = CNC, key=1\n")
         self.expect("rules.txt:2:1: in.csv has no column PHONE",

@@ -3,7 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <memory>
+#include <string>
+#include <system_error>
 
 #include "host/byte_source.h"
 #include "host/csv_reader.h"
@@ -22,7 +25,19 @@ namespace {
 
 enum ExitStatus { kAllMasked = 0, kSomeFailed = 1, kNotRun = 2 };
 
+// The rules are not to be overwritten, nor the input by the report, by whatever name they go. (The
+// output may take the place of the input: it does so when it is complete.)
+void refuseToReplace(const std::string& read, const std::string& written) {
+    std::error_code none;
+    if (std::filesystem::equivalent(read, written, none)) {
+        throw host::HostError(written + ": would replace " + read + ", which is read");
+    }
+}
+
 ExitStatus run(const host::Options& options) {
+    refuseToReplace(options.rules, options.output);
+    refuseToReplace(options.rules, options.report);
+    refuseToReplace(options.input, options.report);
     const host::Rules rules = host::readRules(options.rules);
     host::FileSource file(options.input);
     std::unique_ptr<host::ByteSource> conversion;
