@@ -64,7 +64,7 @@ template <class Char>
 // ---- Whole groups of decimal digits, and a shift forward ----
 
 // The groups of a number, four digits in each 32-bit lane, the first in the lowest byte. Lanes
-// without a group hold zeros.
+// without a group hold the digit 0.
 using Groups = Block<uint32_t>;
 using Bytes = Block<uint8_t>;
 constexpr Bytes positions = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
@@ -83,8 +83,7 @@ Groups load(const char* digits, int length) noexcept {
 // A character that is no byte becomes 0 or 255, which are no digits either.
 Groups load(const wchar_t* digits, int length) noexcept {
     const auto group = [=](int at) {
-        return at < length ? reinterpret_cast<Block<int32_t>>(loadBlock(digits + at))
-                           : Block<int32_t>{'0', '0', '0', '0'};
+        return at < length ? loadBlock(digits + at) : Block<int32_t>{'0', '0', '0', '0'};
     };
     return reinterpret_cast<Groups>(narrowToBytes({group(0), group(4), group(8), group(12)}));
 }
