@@ -71,15 +71,15 @@ bool isBlankTail(const char* tail, std::size_t length) noexcept {
     return length <= std::size(PXSpaces) && std::memcmp(tail, PXSpaces, length) == 0;
 }
 
-// Whether `length` characters are blanks. Blocks that are read lie within the length and, being
-// aligned, never reach into another page.
+// Whether `length` characters are blanks. Blocks that are read lie within the length and on one page,
+// the one of a character that has to be read.
 bool isBlank(const wchar_t* text, std::size_t length) noexcept {
     constexpr int32_t blank = L' ';
     constexpr std::size_t one = blockUnits<wchar_t>;
     constexpr std::size_t four = 4 * one;
     const auto isBlankBlock = [&](std::size_t at) { return loadBlock(text + at) == blank; };
     while (length > 0) {
-        if (length >= four && isAligned<four * sizeof(wchar_t)>(text)) {
+        if (length >= four && isOnOnePage<four * sizeof(wchar_t)>(text)) {
             if (!allLanes(isBlankBlock(0) & isBlankBlock(one) & isBlankBlock(2 * one) &
                           isBlankBlock(3 * one))) {
                 return false;

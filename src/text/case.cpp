@@ -10,17 +10,16 @@ namespace {
 
 // So many characters are converted one by one before a text is measured: for a short one, that and
 // working in blocks costs more than it saves.
-constexpr std::size_t shortNarrow = 32;
-constexpr std::size_t shortWide = 16;
+constexpr std::size_t shortText = 16;
 
 // A byte indexes the locale's table as a signed char; the low byte of the entry is kept.
 template <class Case>
 void convertText(char* text) noexcept {
-    const int32_t* table = Case::table();
+    const int32_t* table = currentTable<Case>();
     const auto convertOne = [table](char& c) {
         c = static_cast<char>(table[static_cast<signed char>(c)]);
     };
-    for (const char* end = text + shortNarrow; text != end; ++text) {
+    for (const char* end = text + shortText; text != end; ++text) {
         if (!*text) return;
         convertOne(*text);
     }
@@ -44,11 +43,12 @@ void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& let
     };
     // Four blocks for one question.
     constexpr std::size_t one = blockUnits<wchar_t>;
+    const bool ascii = length >= 4 * one && letterCase.isAsciiLocale();
     while (length - i >= 4 * one) {
         Block<wchar_t> blocks[4];
 #pragma GCC unroll 4
         for (std::size_t k = 0; k < 4; ++k) blocks[k] = loadBlock(text + i + k * one);
-        if (letterCase.isAscii(blocks[0] | blocks[1] | blocks[2] | blocks[3])) {
+        if (ascii && isAscii(blocks[0] | blocks[1] | blocks[2] | blocks[3])) {
 #pragma GCC unroll 4
             for (std::size_t k = 0; k < 4; ++k) {
                 storeBlock(text + i + k * one, convertAscii<Case, int32_t>(blocks[k]));
@@ -64,7 +64,7 @@ void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& let
 template <class Case>
 void convertText(wchar_t* text) noexcept {
     const WideCase<Case> letterCase;
-    for (const wchar_t* end = text + shortWide; text != end; ++text) {
+    for (const wchar_t* end = text + shortText; text != end; ++text) {
         if (!*text) return;
         *text = letterCase.convert(*text);
     }

@@ -24,6 +24,7 @@ using LowerCase = WideCase<Lower>;
 // The index of the first difference among `length` characters, or length.
 std::size_t findDifference(const wchar_t* first, const wchar_t* second, std::size_t length,
                            const LowerCase& lower) noexcept {
+    const bool ascii = length >= blockUnits<wchar_t> && lower.isAsciiLocale();
     std::size_t i = 0;
     const auto isEqual = [&](std::size_t at) {
         return first[at] == second[at] || lower.convert(first[at]) == lower.convert(second[at]);
@@ -31,7 +32,7 @@ std::size_t findDifference(const wchar_t* first, const wchar_t* second, std::siz
     while (length - i >= blockUnits<wchar_t>) {
         const Block<wchar_t> a = loadBlock(first + i);
         const Block<wchar_t> b = loadBlock(second + i);
-        if (lower.isAscii(a | b) &&
+        if (ascii && isAscii(a | b) &&
             allLanes(convertAscii<Lower, int32_t>(a) == convertAscii<Lower, int32_t>(b))) {
             i += blockUnits<wchar_t>;
             continue;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <langinfo.h>
+#include <locale.h>
 #include <wctype.h>
 
 #include <array>
@@ -16,21 +17,32 @@ namespace korv {
 // that toupper and tolower read; the pointers behind the macros of ctype.h are not, in a thread
 // that runs while another changes the locale of the process.
 constexpr int32_t tableOrigin = 128;
-inline const int32_t* narrowTable(nl_item item) noexcept {
-    return reinterpret_cast<const int32_t*>(nl_langinfo(item)) + tableOrigin;
+inline const int32_t* tableOf(const char* entries) noexcept {
+    return reinterpret_cast<const int32_t*>(entries) + tableOrigin;
 }
 
 // The two directions: the first of the 26 letters that change, and whom to ask about the locale.
 struct Upper {
     static constexpr int32_t firstLetter = 'a';
-    static const int32_t* table() noexcept { return narrowTable(_NL_CTYPE_TOUPPER); }
+    static constexpr nl_item item = _NL_CTYPE_TOUPPER;
     static wint_t convert(wint_t character) noexcept { return towupper(character); }
 };
 struct Lower {
     static constexpr int32_t firstLetter = 'A';
-    static const int32_t* table() noexcept { return narrowTable(_NL_CTYPE_TOLOWER); }
+    static constexpr nl_item item = _NL_CTYPE_TOLOWER;
     static wint_t convert(wint_t character) noexcept { return towlower(character); }
 };
+
+template <class Case>
+const int32_t* currentTable() noexcept {
+    return tableOf(nl_langinfo(Case::item));
+}
+
+// The table of the C locale, which changes ASCII letters only, is a constant of libc and at no other
+// locale's address. Before it is known, while the process is being loaded, it is null.
+template <class Case>
+inline const int32_t* const cTable =
+    tableOf(nl_langinfo_l(Case::item, newlocale(LC_CTYPE_MASK, "C", nullptr)));
 
 constexpr int32_t letterCount = 26;
 constexpr int32_t caseBit = 0x20;
@@ -47,9 +59,10 @@ constexpr auto asciiTable = [] {
     return table;
 }();
 
-// Whether the locale's table agrees with the ASCII one on the characters from `from` to 127.
+// Whether a table agrees with the ASCII one on the characters from `from` to 127.
 template <class Case>
 bool isAsciiTable(const int32_t* table, int32_t from) noexcept {
+    if (table == cTable<Case>) return true;
     Block<int32_t> different{};
     for (int32_t c = from; c < 128; c += blockUnits<int32_t>) {
         different |= loadBlock(table + c) ^ loadBlock(&asciiTable<Case>[c + tableOrigin]);
@@ -65,31 +78,32 @@ Block<Unit> convertAscii(Block<Unit> block) noexcept {
     return block ^ (reinterpret_cast<Block<Unit>>(letters) & static_cast<Unit>(caseBit));
 }
 
+// Whether convertAscii may convert a block of wide characters, where the locale's table is ASCII's.
+inline bool isAscii(Block<wchar_t> block) noexcept {
+    return allLanes((block & ~0x7F) == 0);
+}
+
 // Wide conversion in the locale of the moment. Where a locale converts an ASCII letter to something
-// else, a single-byte table cannot agree with ASCII on that letter: either it holds the other
+// else, its single-byte table cannot agree with ASCII on that letter: either it holds the other
 // character, or, when that has no single byte, the letter unchanged.
 template <class Case>
 class WideCase {
   public:
-    WideCase() noexcept : ascii_(isAsciiTable<Case>(Case::table(), 0)) {}
+    WideCase() noexcept : table_(currentTable<Case>()) {}
 
     wchar_t convert(wchar_t character) const noexcept {
-        if (!isAscii(character)) return static_cast<wchar_t>(Case::convert(character));
-        const auto letter = static_cast<uint32_t>(character - Case::firstLetter);
-        return letter < letterCount ? character ^ caseBit : character;
+        if (static_cast<uint32_t>(character) < 0x80) {
+            const auto letter = static_cast<uint32_t>(character - Case::firstLetter);
+            const wchar_t ascii = letter < letterCount ? character ^ caseBit : character;
+            if ((table_[character] & 0xFF) == ascii) return ascii;
+        }
+        return static_cast<wchar_t>(Case::convert(static_cast<wint_t>(character)));
     }
 
-    // Whether convertAscii converts the whole block.
-    bool isAscii(Block<wchar_t> block) const noexcept {
-        return ascii_ && allLanes((block & ~0x7F) == 0);
-    }
+    bool isAsciiLocale() const noexcept { return isAsciiTable<Case>(table_, 0); }
 
   private:
-    bool isAscii(wchar_t character) const noexcept {
-        return ascii_ && static_cast<uint32_t>(character) < 0x80;
-    }
-
-    bool ascii_;
+    const int32_t* table_;
 };
 
 // Upper-cases a wide text of `length` characters in place.
