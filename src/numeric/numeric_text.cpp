@@ -71,8 +71,8 @@ bool isBlankTail(const char* tail, std::size_t length) noexcept {
     return length <= std::size(PXSpaces) && std::memcmp(tail, PXSpaces, length) == 0;
 }
 
-// Whether `length` characters are blanks. Blocks that are read lie within the length and on one page,
-// the one of a character that has to be read.
+// Whether `length` characters are blanks. Blocks that are read lie within the length and on one
+// page, the one of a character that has to be read.
 bool isBlank(const wchar_t* text, std::size_t length) noexcept {
     constexpr int32_t blank = L' ';
     constexpr std::size_t one = blockUnits<wchar_t>;

@@ -38,11 +38,11 @@ const int32_t* currentTable() noexcept {
     return tableOf(nl_langinfo(Case::item));
 }
 
-// The table of the C locale, which changes ASCII letters only, is a constant of libc and at no other
-// locale's address. Before it is known, while the process is being loaded, it is null.
+// The table of the C locale, which changes ASCII letters only, is a constant of libc and at no
+// other locale's address. Before it is known, while the process is being loaded, it is null.
 template <class Case>
-inline const int32_t* const cTable =
-    tableOf(nl_langinfo_l(Case::item, newlocale(LC_CTYPE_MASK, "C", nullptr)));
+inline const int32_t* const cTable = tableOf(nl_langinfo_l(Case::item,
+                                                           newlocale(LC_CTYPE_MASK, "C", nullptr)));
 
 constexpr int32_t letterCount = 26;
 constexpr int32_t caseBit = 0x20;
