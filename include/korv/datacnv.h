@@ -1,4 +1,5 @@
-/* Interface of the companion conversion library, libKORVDataCnvLib.
+/** @file
+ * Interface of the companion conversion library, libKORVDataCnvLib.
  *
  * The framework has a library of this name of its own. The one built here is a stand-in with the
  * same interface: the support library links against it, and whoever has the framework's own puts
@@ -39,87 +40,258 @@
 extern "C" {
 #endif
 
-/* Conversion options: the members that the support library sets, behind room that belongs to the
+/** Conversion options: the members that the support library sets, behind room that belongs to the
  * companion library. The stand-in ignores the flag and the room. */
 typedef struct CnvOptions {
-    uint32_t reserved1[7];
-    uint32_t codePage; /* a number of the list above */
-    uint8_t flag;
+    uint32_t reserved1[7]; /**< the companion's; the support library passes zeros */
+    uint32_t codePage;     /**< a number of the list above */
+    uint8_t flag;          /**< handed on */
 } CnvOptions;
 
-/* Results of the stand-in. */
+/** Results of the stand-in. */
 typedef enum CnvStatus {
-    CNV_SUCCESS = 0,
-    CNV_TARGET_TOO_SMALL = 201,
-    CNV_MALFORMED_SOURCE = 202, /* not text of its code page or form, or cut inside a character */
-    CNV_UNCONVERTIBLE = 203,    /* a character that the target code page does not have */
-    CNV_UNKNOWN_CODE_PAGE = 204,
-    CNV_BAD_LENGTH = 205, /* negative as a signed number */
-    CNV_NO_MEMORY = 206   /* no memory or no file handle for a conversion by iconv */
+    CNV_SUCCESS = 0,            /**< converted */
+    CNV_TARGET_TOO_SMALL = 201, /**< the text and its terminator do not fit */
+    CNV_MALFORMED_SOURCE = 202, /**< not text of its code page or form, or cut inside a character */
+    CNV_UNCONVERTIBLE = 203,    /**< a character that the target code page does not have */
+    CNV_UNKNOWN_CODE_PAGE = 204, /**< no such code page */
+    CNV_BAD_LENGTH = 205,        /**< negative as a signed number */
+    CNV_NO_MEMORY = 206          /**< no memory or no file handle for a conversion by iconv */
 } CnvStatus;
 
-/* Fixed-length narrow text; *sourceLen is its length in bytes. */
+/** KORVCnvCharToWVarcharSz converts fixed-length narrow text to zero-terminated wide text.
+ *
+ * @param      source          the bytes
+ * @param      sourceLen       bytes of the source
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         code page and flag of the text; null: each byte is one ISO 8859-1
+ *                             character
+ * @retval CNV_SUCCESS           converted
+ * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
+ * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_UNKNOWN_CODE_PAGE no such code page
+ * @retval CNV_BAD_LENGTH        the length is negative as a signed number
+ * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
 KORV_API int32_t KORVCnvCharToWVarcharSz(const char* source, const uint32_t* sourceLen,
                                          wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
                                          const CnvOptions* options);
 
-/* Narrow text led by a signed 16-bit byte count (not necessarily aligned). */
+/** KORVCnvVarcharToWVarcharSz converts narrow text led by a signed 16-bit byte count to
+ * zero-terminated wide text.
+ *
+ * @param      source          the count, not necessarily aligned
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         code page and flag of the text; null: each byte is one ISO 8859-1
+ *                             character
+ * @retval CNV_SUCCESS           converted
+ * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
+ * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_UNKNOWN_CODE_PAGE no such code page
+ * @retval CNV_BAD_LENGTH        the length is negative as a signed number
+ * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
 KORV_API int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t* sourceLen,
                                             wchar_t* target, uint32_t targetCapacity,
                                             uint32_t* outLen, const CnvOptions* options);
 
-/* Zero-terminated narrow text. */
+/** KORVCnvVarcharSzToWVarcharSz converts zero-terminated narrow text to zero-terminated wide text.
+ *
+ * @param      source          the text
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         code page and flag of the text; null: each byte is one ISO 8859-1
+ *                             character
+ * @retval CNV_SUCCESS           converted
+ * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
+ * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_UNKNOWN_CODE_PAGE no such code page
+ * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
 KORV_API int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t* sourceLen,
                                               wchar_t* target, uint32_t targetCapacity,
                                               uint32_t* outLen, const CnvOptions* options);
 
-/* Fixed-length wide text; *sourceLen is its length in bytes. A partial unit at its end is left out.
- * */
+/** KORVCnvWCharToWVarcharSz converts fixed-length wide text to zero-terminated wide text.
+ *
+ * @param      source          the characters
+ * @param      sourceLen       bytes of the source; a partial unit at its end is left out
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         not read
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
+ * @retval CNV_BAD_LENGTH       the length is negative as a signed number */
 KORV_API int32_t KORVCnvWCharToWVarcharSz(const wchar_t* source, const uint32_t* sourceLen,
                                           wchar_t* target, uint32_t targetCapacity,
                                           uint32_t* outLen, const CnvOptions* options);
 
-/* The same for wide text led by a signed 16-bit byte count; the text need not be aligned. */
+/** KORVCnvWVarcharToWVarcharSz converts wide text led by a signed 16-bit byte count to
+ * zero-terminated wide text.
+ *
+ * @param      source          the count; it and the text need not be aligned
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         not read
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
+ * @retval CNV_BAD_LENGTH       the length is negative as a signed number */
 KORV_API int32_t KORVCnvWVarcharToWVarcharSz(const void* source, const uint32_t* sourceLen,
                                              wchar_t* target, uint32_t targetCapacity,
                                              uint32_t* outLen, const CnvOptions* options);
 
-/* Integers as decimal digits, led by a minus where negative. */
+/** KORVCnvIntToWVarcharSz1 converts a signed 32-bit integer, as decimal digits, to zero-terminated
+ * wide text.
+ *
+ * @param      source          the integer, not necessarily aligned
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         not read
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvIntToWVarcharSz1(const int32_t* source, const uint32_t* sourceLen,
                                          wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
                                          const CnvOptions* options);
+
+/** KORVCnvUIntToWVarcharSz converts an unsigned 32-bit integer, as decimal digits, to
+ * zero-terminated wide text.
+ *
+ * @param      source          the integer, not necessarily aligned
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         not read
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvUIntToWVarcharSz(const uint32_t* source, const uint32_t* sourceLen,
                                          wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
                                          const CnvOptions* options);
+
+/** KORVCnvSmallIntToWVarcharSz converts a signed 16-bit integer, as decimal digits, to
+ * zero-terminated wide text.
+ *
+ * @param      source          the integer, not necessarily aligned
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         not read
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvSmallIntToWVarcharSz(const int16_t* source, const uint32_t* sourceLen,
                                              wchar_t* target, uint32_t targetCapacity,
                                              uint32_t* outLen, const CnvOptions* options);
+
+/** KORVCnvSmallUIntToWVarcharSz converts an unsigned 16-bit integer, as decimal digits, to
+ * zero-terminated wide text.
+ *
+ * @param      source          the integer, not necessarily aligned
+ * @param      sourceLen       points to 0; not read
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
+ *                             is not used
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @param      options         not read
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvSmallUIntToWVarcharSz(const uint16_t* source, const uint32_t* sourceLen,
                                               wchar_t* target, uint32_t targetCapacity,
                                               uint32_t* outLen, const CnvOptions* options);
 
-/* Zero-terminated wide text to zero-terminated narrow text. Wide units that are surrogates or above
- * U+10FFFF are CNV_MALFORMED_SOURCE for every code page. *sourceLen is the length of the source in
- * characters, or 0 when it ends at its terminator; a terminator before that length ends it too.
- * *outLen receives the bytes written, terminator not counted. */
+/** KORVCnvWVarcharSzToVarcharSz converts zero-terminated wide text to zero-terminated narrow text.
+ *
+ * Wide units that are surrogates or above U+10FFFF are malformed for every code page.
+ *
+ * @param      source          the text
+ * @param      sourceLen       its length in characters, or 0 when it ends at its terminator; a
+ *                             terminator before that length ends it too
+ * @param[out] target          the narrow text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included
+ * @param[out] outLen          bytes written, terminator not counted; left alone on failure
+ * @param      options         code page and flag of the text; null: ISO 8859-1
+ * @retval CNV_SUCCESS           converted
+ * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
+ * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_UNCONVERTIBLE     a character that the code page does not have
+ * @retval CNV_UNKNOWN_CODE_PAGE no such code page
+ * @retval CNV_BAD_LENGTH        the length is negative as a signed number
+ * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
 KORV_API int32_t KORVCnvWVarcharSzToVarcharSz(const wchar_t* source, const uint32_t* sourceLen,
                                               char* target, uint32_t targetCapacity,
                                               uint32_t* outLen, const CnvOptions* options);
 
-/* A date and time record as wide text, "YYYY-MM-DD HH:MM:SS", each number in at least the digits
- * shown and a negative year led by a minus. The type of the record is not told, so the first 12
- * bytes that the catalogue counts for each of ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP are read as
- * six 16-bit numbers: year (signed), month, day, hour, minute, second. */
+/** KORVGetStringFromTS converts a date and time record to wide text, "YYYY-MM-DD HH:MM:SS", each
+ * number in at least the digits shown and a negative year led by a minus.
+ *
+ * The type of the record is not told, so the first 12 bytes that the catalogue counts for each of
+ * ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP are read as six 16-bit numbers: year (signed), month,
+ * day, hour, minute, second.
+ *
+ * @param      source          12 bytes
+ * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
+ *                             for one
+ * @param      targetCapacity  bytes of the target, terminator included
+ * @param[out] outLen          characters written, terminator not counted; left alone on failure
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVGetStringFromTS(const void* source, wchar_t* target, uint32_t targetCapacity,
                                      uint32_t* outLen);
 
-/* UTF-16 units to UTF-32 units and back; counts are in units, no terminator is added, zero units
- * are ordinary. Surrogate pairs are joined and split. *count receives the target units written.
- * Lone surrogates, and UTF-32 units that are surrogates or above U+10FFFF, are
- * CNV_MALFORMED_SOURCE; negative counts are CNV_BAD_LENGTH. On failure the target may hold the part
- * converted so far, never half a pair, and *count is left alone. */
+/** Convert16To32 converts UTF-16 units to UTF-32 units. Surrogate pairs are joined; no terminator
+ * is added, and zero units are ordinary.
+ *
+ * @param      source       UTF-16 units
+ * @param      sourceUnits  units of the source
+ * @param[out] target       on failure it may hold the part converted so far
+ * @param      targetUnits  units of the target
+ * @param[out] count        target units written; left alone on failure
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
+ * @retval CNV_MALFORMED_SOURCE a lone surrogate
+ * @retval CNV_BAD_LENGTH       a negative count */
 KORV_API int32_t Convert16To32(const uint16_t* source, int32_t sourceUnits, wchar_t* target,
                                int32_t targetUnits, uint32_t* count);
+
+/** Convert32To16 converts UTF-32 units to UTF-16 units. Characters beyond U+FFFF are split into
+ * pairs; no terminator is added, and zero units are ordinary.
+ *
+ * @param      source       UTF-32 units
+ * @param      sourceUnits  units of the source
+ * @param[out] target       on failure it may hold the part converted so far, never half a pair
+ * @param      targetUnits  units of the target
+ * @param[out] count        target units written; left alone on failure
+ * @retval CNV_SUCCESS          converted
+ * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
+ * @retval CNV_MALFORMED_SOURCE a surrogate, or a unit above U+10FFFF
+ * @retval CNV_BAD_LENGTH       a negative count */
 KORV_API int32_t Convert32To16(const wchar_t* source, int32_t sourceUnits, uint16_t* target,
                                int32_t targetUnits, uint32_t* count);
 

@@ -1,4 +1,5 @@
-/* The whole support library: every module's header. The companion conversion library has a header
+/** @file
+ * The whole support library: every module's header. The companion conversion library has a header
  * of its own, korv/datacnv.h. Conventions stand in korv/base.h. */
 #ifndef KORV_KORV_H
 #define KORV_KORV_H

@@ -1,4 +1,5 @@
-/* Sorting: an array quicksort with a context argument and a direction. */
+/** @file
+ * Sorting: an array quicksort with a context argument and a direction. */
 #ifndef KORV_SORT_H
 #define KORV_SORT_H
 
@@ -8,16 +9,26 @@
 extern "C" {
 #endif
 
-/* Compares two elements: negative, zero or positive as the first sorts before, with or after the
- * second. It must not change the array. */
+/** Compares two elements for KorvQSort. It must not change the array.
+ *
+ * @param first    an element
+ * @param second   another element
+ * @param context  what KorvQSort was given
+ * @return negative, zero or positive as the first sorts before, with or after the second */
 typedef int32_t (*KorvCompare)(const void* first, const void* second, void* context);
 
-/* KorvQSort sorts `count` elements of `width` bytes at `base` in place: in ascending order of
- * `compare` when `ascending` is not 0; otherwise every comparison has its two elements exchanged,
- * which sorts in descending order. `context` is handed to every comparison.
+/** KorvQSort sorts an array in place.
  *
- * The sort is not stable, never recurses and never allocates. A count below 2 or a width of 0 makes
- * no comparison. An inconsistent comparison yields some order, still of the same elements. */
+ * The sort is not stable, never recurses and never allocates. An inconsistent comparison yields
+ * some order, still of the same elements.
+ *
+ * @param[in,out] base       the array
+ * @param         count      elements; below 2 no comparison is made
+ * @param         width      bytes of an element; with 0 no comparison is made
+ * @param         compare    the order
+ * @param         context    handed to every comparison
+ * @param         ascending  not 0: ascending order of `compare`; 0: every comparison has its two
+ *                           elements exchanged, which sorts in descending order */
 KORV_API void KorvQSort(void* base, uint32_t count, uint32_t width, KorvCompare compare,
                         void* context, uint8_t ascending);
 

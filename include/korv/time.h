@@ -1,4 +1,5 @@
-/* Dates and time: local time stamps, the current time as an ODBC timestamp, whole-day differences,
+/** @file
+ * Dates and time: local time stamps, the current time as an ODBC timestamp, whole-day differences,
  * and the February clamp.
  *
  * Local time follows the process's time zone, which is read again by every call. */
@@ -12,25 +13,37 @@
 extern "C" {
 #endif
 
-/* KORVGetLocalTime writes the local time as "%d/%b/%Y %H:%M:%S" (05/Mar/2024 14:07:09; the month
- * follows the host's locale) into `buffer` of `capacity` bytes, and returns the buffer. When the
- * text and its terminator do not fit, the contents are those that strftime leaves: unspecified,
- * within the capacity. */
+/** KORVGetLocalTime writes the local time as "%d/%b/%Y %H:%M:%S": 05/Mar/2024 14:07:09. The month
+ * follows the host's locale.
+ *
+ * @param[out] buffer    the text, terminated; when text and terminator do not fit, what strftime
+ *                       leaves: unspecified, within the capacity
+ * @param      capacity  bytes of the buffer
+ * @return `buffer` */
 KORV_API char* KORVGetLocalTime(char* buffer, uint32_t capacity);
 
-/* KORVGetCurLocalTimeTS stores the current local time with a fraction of 0. With a `dateOnly` other
- * than 0, hour, minute and second are 0 too. */
+/** KORVGetCurLocalTimeTS stores the current local time with a fraction of 0.
+ *
+ * @param[out] timestamp  the time
+ * @param      dateOnly   other than 0: hour, minute and second are 0 too */
 KORV_API void KORVGetCurLocalTimeTS(OdbcTimestamp* timestamp, uint8_t dateOnly);
 
-/* KORVGetDiffDays returns the whole days from `first` to `second`, truncated toward zero; positive
- * when `second` is the later. The records are read as local standard time, their fractions are
- * ignored. An empty argument stands for the current time; with both empty the result is 0. A record
- * that mktime cannot represent is not detected. */
+/** KORVGetDiffDays counts the whole days from one time to another.
+ *
+ * The records are read as local standard time, their fractions are ignored. A record that mktime
+ * cannot represent is not detected.
+ *
+ * @param first   the one; empty stands for the current time
+ * @param second  the other; empty stands for the current time
+ * @return days, truncated toward zero; positive when `second` is the later, 0 with both empty */
 KORV_API int32_t KORVGetDiffDays(const OdbcTimestamp* first, const OdbcTimestamp* second);
 
-/* FixLeapYearDay sets the day of a February date to 28 when it is above 28 and the year is a common
- * one. In a leap year a day of 30 or 31 stays: only a day that a change of year made invalid is
- * mended. */
+/** FixLeapYearDay sets the day of a February date to 28 when it is above 28 and the year is a
+ * common one.
+ *
+ * In a leap year a day of 30 or 31 stays: only a day that a change of year made invalid is mended.
+ *
+ * @param[in,out] timestamp  the date */
 KORV_API void FixLeapYearDay(OdbcTimestamp* timestamp);
 
 #ifdef __cplusplus
