@@ -1,16 +1,15 @@
 """Does what a document tells its reader to do, and compares what is printed with what stands there.
 
-Usage: run_document.py DOCUMENT --prefix FOLDER [--root FOLDER]
+Usage: run_document.py DOCUMENT BUILD-FOLDER
 
 In the document
   a block whose first line is a comment with a file's name, /* name.c */, // name.cpp or # name, is
   written to that file;
   a block of `sh` is run by bash in the same scratch folder;
   a block of `text` behind it holds what the commands print.
-Any other block is only read. The library is installed in the prefix; with --root the commands run
-in that folder.
+Any other block is only read. The commands find the library where it has been installed from the
+build folder, and the compilers and tools that the machine has.
 """
-import argparse
 import os
 import pathlib
 import re
@@ -27,11 +26,12 @@ def environment(prefix: pathlib.Path) -> dict[str, str]:
     libraries = prefix / "lib"
     return {**os.environ, "PKG_CONFIG_PATH": str(libraries / "pkgconfig"),
             "CMAKE_PREFIX_PATH": str(prefix), "LD_LIBRARY_PATH": str(libraries), "LC_ALL": "C.UTF-8",
+            "CMAKE_GENERATOR": "Ninja",
             "PATH": f"{prefix / 'bin'}:{os.environ['PATH']}", "PREFIX": str(prefix),
             "TEMPLATE": str(HERE.parent.parent / "examples/provider_template")}
 
 
-def run(commands: str, folder: str, variables: dict[str, str]) -> str:
+def run(commands: str, folder: pathlib.Path, variables: dict[str, str]) -> str:
     print(commands, end="")
     result = subprocess.run(["bash", "-eu", "-o", "pipefail", "-c", commands], cwd=folder,
                             env=variables, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
@@ -42,20 +42,20 @@ def run(commands: str, folder: str, variables: dict[str, str]) -> str:
 
 
 def main() -> None:
-    parser = argparse.ArgumentParser()
-    parser.add_argument("document", type=pathlib.Path)
-    parser.add_argument("--prefix", type=pathlib.Path, required=True)
-    parser.add_argument("--root", type=pathlib.Path)
-    options = parser.parse_args()
-    blocks = BLOCK.findall(options.document.read_text(encoding="utf-8"))
+    document, build = (pathlib.Path(argument) for argument in sys.argv[1:])
+    blocks = BLOCK.findall(document.read_text(encoding="utf-8"))
     ran = compared = 0
-    with tempfile.TemporaryDirectory() as scratch:
-        folder = str(options.root or scratch)
+    with tempfile.TemporaryDirectory() as folder:
+        prefix = pathlib.Path(folder, "prefix")
+        subprocess.run(["cmake", "--install", build, "--prefix", prefix],
+                       stdout=subprocess.DEVNULL, check=True)
+        scratch = pathlib.Path(folder, "scratch")
+        scratch.mkdir()
         printed = None
         for language, content in blocks:
             named = NAMED.match(content)
             if language == "sh":
-                printed = run(content, folder, environment(options.prefix.resolve()))
+                printed = run(content, scratch, environment(prefix))
                 ran += 1
             elif language == "text" and printed is not None:
                 if printed != content:
@@ -63,7 +63,7 @@ def main() -> None:
                 printed = None
                 compared += 1
             elif named:
-                pathlib.Path(scratch, named.group(1)).write_text(content, encoding="utf-8")
+                (scratch / named.group(1)).write_text(content, encoding="utf-8")
     if not compared:
         sys.exit("no command of this document has its output beside it")
     print(f"{ran} blocks of commands run, {compared} outputs compared")
