@@ -12,9 +12,13 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND KORV_SSE2)
   target_compile_options(korv_flags INTERFACE -msse2 -mfpmath=sse)
 endif()
 if(KORV_SANITIZE)
-  target_compile_options(korv_flags INTERFACE -fsanitize=address,undefined
-                                              -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(korv_flags INTERFACE -fsanitize=address,undefined)
+  set(sanitizers ${KORV_SANITIZE})
+  if(sanitizers STREQUAL "ON")
+    set(sanitizers address,undefined)
+  endif()
+  target_compile_options(korv_flags INTERFACE -fsanitize=${sanitizers} -fno-sanitize-recover=all
+                                              -fno-omit-frame-pointer)
+  target_link_options(korv_flags INTERFACE -fsanitize=${sanitizers})
 endif()
 
 # korv_shared_object(target exports): C++ inside, a plain C interface outside. Exactly the names in the
@@ -43,7 +47,15 @@ function(korv_shared_object target exports)
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(${target} PRIVATE -mstackrealign)
   endif()
-  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed -Wl,-z,defs -Wl,-z,relro
+  if(KORV_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed -Wl,-z,relro
                                         -Wl,-z,now)
+  # Clang puts the sanitizers' run-time library into the program alone.
+  if(NOT (KORV_SANITIZE AND CMAKE_C_COMPILER_ID MATCHES Clang))
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
   target_link_libraries(${target} PRIVATE korv_flags)
 endfunction()

@@ -9,6 +9,8 @@ namespace korv::datacnv {
 class Decimal {
   public:
     template <class Int>
+    // Of its text only what has been written is read.
+    // cppcheck-suppress uninitMemberVar
     explicit Decimal(Int value, int leastDigits = 1) noexcept {
         const bool negative = static_cast<int64_t>(value) < 0;
         uint32_t magnitude = negative ? 0u - static_cast<uint32_t>(value) : value;

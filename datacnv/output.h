@@ -24,7 +24,7 @@ struct Output {
     // Appends `count` units that need not be aligned.
     CnvStatus append(const void* source, uint32_t count) noexcept {
         if (count > room - written) return CNV_TARGET_TOO_SMALL;
-        if (count > 0) std::memcpy(units + written, source, count * sizeof(Unit));
+        std::memcpy(units + written, source, count * sizeof(Unit));
         written += count;
         return CNV_SUCCESS;
     }

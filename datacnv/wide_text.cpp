@@ -9,7 +9,9 @@ int32_t terminateWide(const void* source, int32_t bytes, wchar_t* target, uint32
                       uint32_t* outLen) noexcept {
     return produce(target, capacity, outLen, [=](Output<wchar_t>& out) noexcept {
         if (bytes < 0) return CNV_BAD_LENGTH;
-        return out.append(source, static_cast<uint32_t>(bytes) / sizeof(wchar_t));
+        const uint32_t units = static_cast<uint32_t>(bytes) / sizeof(wchar_t);
+        // The source of an empty text may be null.
+        return units == 0 ? CNV_SUCCESS : out.append(source, units);
     });
 }
 

@@ -1,4 +1,5 @@
-/* Shared ground of every korv header: linkage, the block header, status codes, conventions.
+/** @file
+ * Shared ground of every korv header: linkage, the block header, status codes, conventions.
  *
  * Conventions, which hold for every function unless its own comment says otherwise
  *
@@ -16,14 +17,25 @@
  *                releases them, or says that the caller uses free().
  *  6. Threads.   The library has no threads and no locks. Every function may run in any number of
  *                threads at once on distinct records and buffers, except KORVRandomValue.
- *  7. Stack.     Every function may be entered with a stack that is aligned to 4 bytes only.
+ *  7. Stack.     Every function may be entered with a stack that is aligned to 4 bytes only, and
+ *                in a thread with the smallest stack of all, 16 KiB.
  *  8. Locale.    The library never sets one. Functions that follow the host's locale say so.
+ *  9. Word size. Sizes of records in these comments are those of 32-bit x86, for which the library
+ *                is made. Built for 64 bits, records keep their members in order with natural
+ *                alignment, and header lengths and the sizes that ErrorAnchor accounts follow.
  */
 #ifndef KORV_BASE_H
 #define KORV_BASE_H
 
 #include <stddef.h>
 #include <stdint.h>
+
+/* pkg-config says for which pointers an installed library is made: records differ in size. */
+#if defined(KORV_POINTER_BYTES) && defined(__SIZEOF_POINTER__)
+#if KORV_POINTER_BYTES != __SIZEOF_POINTER__
+#error "the installed korv library is made for the other word size: compile with -m32 (or -m64)"
+#endif
+#endif
 
 #if defined(__GNUC__)
 #define KORV_API __attribute__((visibility("default")))
@@ -41,38 +53,38 @@ extern "C" {
  * record that holds wide text. */
 typedef char korv_wchar_has_4_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 
-/* Every status of the library. The numbers are stored by callers and never change. */
+/** Every status of the library. The numbers are stored by callers and never change. */
 typedef enum KorvStatus {
-    KORV_FAILURE = -1, /* a required argument is empty, or the step that the comment names failed */
-    KORV_SUCCESS = 0,
-    KORV_TOKEN_BAD_ID = 1,   /* token identifier outside the catalogue */
-    KORV_TOKEN_NO_SLOT = 2,  /* the newest error record takes no tokens */
-    KORV_TOKEN_BAD_TYPE = 3, /* a value of this data type cannot be captured */
-    KORV_TYPE_NO_FIELD = 48, /* the field definition is empty */
-    KORV_TYPE_UNKNOWN = 49,  /* no such data type, or one without a size */
-    KORV_TYPE_VARIABLE = 50, /* the length depends on the value */
-    KORV_TYPE_DATETIME = 65, /* success: the length of a date and time held as text */
-    KORV_NO_MEMORY_WIDE_VALUE = 78,   /* wide operand text or wide value */
-    KORV_BAD_VALUE_LENGTH = 82,       /* negative length of an operand's text value */
-    KORV_BAD_TEXT_LENGTH = 83,        /* zero or negative length of a narrow field text */
-    KORV_NO_MEMORY_WIDE_TEXT = 84,    /* wide field text */
-    KORV_NO_MEMORY_NARROW_TEXT = 85,  /* narrow field text */
-    KORV_NO_MEMORY_NARROW_VALUE = 89, /* narrow operand value */
-    KORV_NO_MEMORY_FIELD = 99,        /* X field definition */
-    KORV_NO_MEMORY_REFERENCE = 100,   /* X field reference node */
-    KORV_NO_MEMORY_OPERAND = 102,     /* X operand definition */
-    KORV_NO_MEMORY_BUFFER = 106,      /* work buffer; the caller's pointer is now null */
-    KORV_BAD_BUFFER_SIZE = 107        /* work buffer of less than 1 byte */
+    KORV_FAILURE = -1, /**< an argument is empty, or the step that the comment names failed */
+    KORV_SUCCESS = 0,  /**< done */
+    KORV_TOKEN_BAD_ID = 1,   /**< token identifier outside the catalogue */
+    KORV_TOKEN_NO_SLOT = 2,  /**< the newest error record takes no tokens */
+    KORV_TOKEN_BAD_TYPE = 3, /**< a value of this data type cannot be captured */
+    KORV_TYPE_NO_FIELD = 48, /**< the field definition is empty */
+    KORV_TYPE_UNKNOWN = 49,  /**< no such data type, or one without a size */
+    KORV_TYPE_VARIABLE = 50, /**< the length depends on the value */
+    KORV_TYPE_DATETIME = 65, /**< success: the length of a date and time held as text */
+    KORV_NO_MEMORY_WIDE_VALUE = 78,   /**< wide operand text or wide value */
+    KORV_BAD_VALUE_LENGTH = 82,       /**< negative length of an operand's text value */
+    KORV_BAD_TEXT_LENGTH = 83,        /**< zero or negative length of a narrow field text */
+    KORV_NO_MEMORY_WIDE_TEXT = 84,    /**< wide field text */
+    KORV_NO_MEMORY_NARROW_TEXT = 85,  /**< narrow field text */
+    KORV_NO_MEMORY_NARROW_VALUE = 89, /**< narrow operand value */
+    KORV_NO_MEMORY_FIELD = 99,        /**< X field definition */
+    KORV_NO_MEMORY_REFERENCE = 100,   /**< X field reference node */
+    KORV_NO_MEMORY_OPERAND = 102,     /**< X operand definition */
+    KORV_NO_MEMORY_BUFFER = 106,      /**< work buffer; the caller's pointer is now null */
+    KORV_BAD_BUFFER_SIZE = 107        /**< work buffer of less than 1 byte */
 } KorvStatus;
 
-/* The version that every record written by the library carries. */
+/** The version that every record written by the library carries. */
 #define KORV_BLOCK_VERSION 21
 
-/* Head of the framework's records. In a record that sits in a list it follows the link. */
+/** Head of the framework's records. In a record that sits in a list it follows the link. */
 typedef struct BlockHeader {
-    char eyeCatcher[4]; /* not terminated */
-    uint16_t version;   /* KORV_BLOCK_VERSION */
-    uint16_t length;    /* size of the record in bytes */
+    char eyeCatcher[4]; /**< not terminated */
+    uint16_t version;   /**< KORV_BLOCK_VERSION */
+    uint16_t length;    /**< size of the record in bytes */
 } BlockHeader;
 
 #ifdef __cplusplus

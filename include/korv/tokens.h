@@ -1,4 +1,5 @@
-/* Message token catalogue: the identifiers that tag the values of an error, and their names.
+/** @file
+ * Message token catalogue: the identifiers that tag the values of an error, and their names.
  *
  * The catalogue is the two lists below; the constants KORV_TOKID_... and the table gTokenIds are
  * both made from them. Identifiers are 32-bit unsigned numbers, contiguous from 0:
@@ -15,7 +16,7 @@
 extern "C" {
 #endif
 
-/* X(number, name) for the identifiers 1 to 54. */
+/** X(number, name) for the identifiers 1 to 54. */
 #define KORV_TOKENS_1_TO_54(X) \
     X(1, DATATYPE) \
     X(2, PROVIDER) \
@@ -72,7 +73,7 @@ extern "C" {
     X(53, PARMVALUE) \
     X(54, PARMKEY)
 
-/* X(number, name) for the identifiers 56 to 90. The mixed case of ICU_MB_AorE is its name. */
+/** X(number, name) for the identifiers 56 to 90. The mixed case of ICU_MB_AorE is its name. */
 #define KORV_TOKENS_56_TO_90(X) \
     X(56, ERR_FILE) \
     X(57, TRC_FILE) \
@@ -110,17 +111,17 @@ extern "C" {
     X(89, SUBSTR) \
     X(90, CODEPAGE)
 
-/* KORV_TOKID_DATATYPE = 1 and so on, and the two bounds. */
+/** Token identifiers: KORV_TOKID_DATATYPE = 1 and so on, and the two bounds. */
 typedef enum KorvTokenId {
     KORV_TOKID_UNUSED = 0,
-#define KORV_TOKEN_CONSTANT(number, name) KORV_TOKID_##name = number,
+#define KORV_TOKEN_CONSTANT(number, name) KORV_TOKID_##name = (number),
     KORV_TOKENS_1_TO_54(KORV_TOKEN_CONSTANT)
     KORV_TOKENS_56_TO_90(KORV_TOKEN_CONSTANT)
 #undef KORV_TOKEN_CONSTANT
     KORV_TOKID_COUNT = 91
 } KorvTokenId;
 
-/* gTokenIds maps an identifier, 0 to 91 inclusive, to its name as zero-terminated wide text, for
+/** gTokenIds maps an identifier, 0 to 91 inclusive, to its name as zero-terminated wide text, for
  * callers that print tokens: gTokenIds[1] is L"KORV_TOKID_DATATYPE". Entry 55 is a placeholder.
  * There is no bound check; each module that includes this header has a copy of its own. */
 static const wchar_t* const gTokenIds[KORV_TOKID_COUNT + 1] KORV_UNUSED = {

@@ -2,12 +2,16 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
 namespace korv::heap {
 
 inline void* zeroed(std::size_t bytes) noexcept {
+    // No 32-bit heap has a larger block, so there is none where it had room either: such a size
+    // comes of a negative length.
+    if (sizeof bytes > sizeof(int32_t) && bytes > INT32_MAX) return nullptr;
     void* block = std::malloc(bytes);
     if (block) std::memset(block, 0, bytes);
     return block;

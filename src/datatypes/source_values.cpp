@@ -17,8 +17,6 @@ std::size_t terminatedLength(const void* data, uint8_t unit) noexcept {
 
 int32_t completeLength(ValueRecord& value, const DataType& type) noexcept {
     switch (type.family) {
-        case Family::unknown:
-            break;
         case Family::fixedText:
         case Family::opaqueNumber:
             return KORV_SUCCESS;
@@ -40,8 +38,9 @@ int32_t completeLength(ValueRecord& value, const DataType& type) noexcept {
                 value.length = length * type.unit + type.unit;
             }
             return KORV_SUCCESS;
+        default:
+            return KORV_FAILURE;
     }
-    return KORV_FAILURE;
 }
 
 void characterLength(const ValueRecord& value, const FieldDefI& field, int32_t& length) noexcept {

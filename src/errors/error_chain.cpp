@@ -16,8 +16,8 @@ void account(ErrorAnchor& anchor, uint32_t bytes) noexcept {
 
 namespace {
 
-constexpr uint32_t slotBytes = 8;
-constexpr uint16_t oneSlotRecordBytes = 32;
+constexpr uint32_t slotBytes = sizeof(TokenSlot);
+constexpr uint16_t oneSlotRecordBytes = sizeof(ErrorRecord);
 
 int32_t openRecord(ErrorAnchor& anchor, uint32_t firstCode, uint32_t secondCode,
                    int16_t slotCount) noexcept {

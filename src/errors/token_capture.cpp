@@ -30,14 +30,14 @@ struct Text {
 };
 
 // Zero-filled, so that a conversion that fails leaves an empty text, and large enough to end one.
-bool makeRoom(Text& text, uint32_t bytes) noexcept {
-    text.place = static_cast<wchar_t*>(heap::zeroed(std::max<uint32_t>(bytes, 4)));
+bool makeRoom(Text& text, std::size_t bytes) noexcept {
+    text.place = static_cast<wchar_t*>(heap::zeroed(std::max<std::size_t>(bytes, 4)));
     return text.place != nullptr;
 }
 
 int32_t copyText(const wchar_t* source, std::size_t length, Text& text) noexcept {
     text.length = static_cast<uint32_t>(length);
-    if (!makeRoom(text, text.length * 4 + 4)) return KORV_FAILURE;
+    if (!makeRoom(text, length * 4 + 4)) return KORV_FAILURE;
     std::wmemcpy(text.place, source, length);
     return KORV_SUCCESS;
 }

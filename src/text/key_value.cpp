@@ -21,7 +21,7 @@ void copyValue(const char* value, char* output, int32_t maxCount, uint32_t* leng
     do {
         output[copied] = value[copied];
         ++copied;
-    } while (value[copied] && copied < maxCount);
+    } while (copied < maxCount && value[copied]);
     if (length) *length = static_cast<uint32_t>(copied);
     while (output[copied - 1] == ' ') --copied;
     output[copied] = '\0';

@@ -51,7 +51,7 @@ constexpr int32_t caseBit = 0x20;
 template <class Case>
 constexpr auto asciiTable = [] {
     std::array<int32_t, 2 * tableOrigin> table{};
-    for (int32_t i = 0; i < 2 * tableOrigin; ++i) {
+    for (int32_t i = 0; i != 2 * tableOrigin; ++i) {
         const int32_t byte = (i - tableOrigin) & 0xFF;
         const int32_t letter = byte - Case::firstLetter;
         table[i] = letter >= 0 && letter < letterCount ? byte ^ caseBit : byte;

@@ -28,7 +28,7 @@ int32_t narrowToXml(const wchar_t* text, uint16_t*& units, bool allocate) noexce
         units = static_cast<uint16_t*>(std::malloc((length + 1) * sizeof(uint16_t)));
         if (!units) return KORV_FAILURE;
     }
-    for (std::size_t i = 0; i <= length; ++i) units[i] = static_cast<uint16_t>(text[i]);
+    for (std::size_t i = 0; i <= length; ++i) units[i] = static_cast<uint16_t>(text[i] & 0xFFFF);
     return KORV_SUCCESS;
 }
 
