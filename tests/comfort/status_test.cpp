@@ -1,0 +1,69 @@
+// Status codes of the C++ header: every one of the C interface has its name.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "korv/korv.hpp"
+
+namespace {
+
+// The constants that an enumeration of a header gives values to, as they stand there.
+std::vector<std::pair<std::string, int>> constants(const char* header, const char* enumeration) {
+    std::ifstream file(std::string(KORV_INCLUDE) + "/korv/" + header);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t begin = text.find(std::string("typedef enum ") + enumeration);
+    EXPECT_NE(std::string::npos, begin) << header;
+    const std::string body = text.substr(begin, text.find('}', begin) - begin);
+    const std::regex constant("([A-Z][A-Z0-9_]*) = (-?[0-9]+)");
+    std::vector<std::pair<std::string, int>> found;
+    for (std::sregex_iterator match(body.begin(), body.end(), constant), end; match != end;
+         ++match) {
+        found.emplace_back((*match)[1], std::stoi((*match)[2]));
+    }
+    return found;
+}
+
+void expectNames(const char* header, const char* enumeration, std::size_t atLeast) {
+    const auto listed = constants(header, enumeration);
+    EXPECT_LE(atLeast, listed.size());
+    for (const auto& [name, number] : listed) {
+        // The two successes are one.
+        const std::string expected = number == 0 ? "KORV_SUCCESS" : name;
+        EXPECT_EQ(expected, korv::to_string(korv::Status(number))) << number;
+    }
+}
+
+TEST(StatusOfComfort, NamesEveryCodeOfTheLibrary) {
+    expectNames("base.h", "KorvStatus", 20);
+}
+
+TEST(StatusOfComfort, NamesEveryCodeOfTheCompanion) {
+    expectNames("datacnv.h", "CnvStatus", 6);
+}
+
+TEST(StatusOfComfort, KeepsUnknownCodes) {
+    EXPECT_STREQ("unknown status", korv::to_string(korv::Status(4711)));
+    EXPECT_EQ(4711, static_cast<int>(korv::Status(4711)));
+}
+
+TEST(StatusOfComfort, SuccessIsZeroAndTheLengthOfADateAndTime) {
+    for (int code = -2; code < 300; ++code) {
+        EXPECT_EQ(code == 0 || code == 65, korv::succeeded(code)) << code;
+        EXPECT_EQ(korv::succeeded(code), korv::succeeded(korv::Status(code))) << code;
+    }
+    FieldDefI field{};
+    field.dataType = DATETIME_SZ;
+    std::uint32_t length = 0;
+    EXPECT_TRUE(korv::succeeded(GetDataTypeLengths(&field, &length)));
+    EXPECT_EQ(50u, length);
+}
+
+static_assert(korv::Status::noMemoryField == korv::Status(KORV_NO_MEMORY_FIELD));
+static_assert(korv::succeeded(KORV_SUCCESS) && !korv::succeeded(KORV_FAILURE));
+
+}  // namespace
