@@ -1,0 +1,26 @@
+"""gdb loads the printers by itself with an installed library.
+
+Usage: installed_test.py BUILD-FOLDER
+"""
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+with tempfile.TemporaryDirectory() as folder:
+    prefix = pathlib.Path(folder).resolve()
+    for component in ("runtime", "development"):
+        subprocess.run(["cmake", "--install", sys.argv[1], "--prefix", prefix, "--component", component],
+                       check=True, stdout=subprocess.DEVNULL)
+    [library] = prefix.rglob("libKORVSupport.so.*[0-9]")
+    scripts = prefix / "share/gdb/auto-load"
+    before = set(prefix.rglob("*"))
+    shown = subprocess.run(
+        ["gdb", "-nx", "-q", "-batch", "-iex", f"add-auto-load-scripts-directory {scripts}",
+         "-iex", f"add-auto-load-safe-path {scripts}", library, "-ex", "info auto-load python-scripts",
+         "-ex", "info pretty-printer"],
+        check=True, capture_output=True, text=True, timeout=60).stdout
+    print(shown)
+    assert f"Yes     {scripts}{library}-gdb.py" in shown, "not loaded"
+    assert all(name in shown for name in ("CtrlBlkX", "OprDef", "ErrorAnchor")), "no printers"
+    assert set(prefix.rglob("*")) == before, "something has been written beside them"
