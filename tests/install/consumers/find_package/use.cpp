@@ -1,0 +1,2 @@
+// The same consumer as C++.
+#include "../use.c"

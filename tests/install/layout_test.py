@@ -1,0 +1,118 @@
+"""What is installed where: by component, below DESTDIR, and with other folders."""
+import pathlib
+import shutil
+
+from installation import BUILD, LINKED, SOURCE, VERSION, InstallationTest, cached, main
+
+TARGETS = ("targets", "targets-" + (cached("CMAKE_BUILD_TYPE") or "release").lower())
+PACKAGES = {"pkgconfig/korv-support.pc", "pkgconfig/korv-datacnv.pc"} | {
+    f"cmake/korv-support/korv-support-{name}.cmake"
+    for name in ("config", "config-version", *TARGETS)} | {
+    f"cmake/korv-support/korv-datacnv-{name}.cmake" for name in TARGETS}
+HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
+DOCUMENTS = {"README.md", "CHANGELOG.md"} | {
+    f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
+    if path.is_file()}
+
+
+def below(folder, names):
+    return {f"{folder}/{name}" for name in names}
+
+
+def for_gdb(libraries):
+    """gdb looks for what belongs to an object by the object's whole path."""
+    return below(f"share/gdb/auto-load{libraries}",
+                 {"libKORVSupport.so.21-gdb.py", "korv_lines.py", "korv_values.py"})
+
+
+def development(prefix):
+    return {"lib/libKORVSupport.so"} | below("lib", PACKAGES) | HEADERS | for_gdb(f"{prefix}/lib")
+
+
+class ComponentsTest(InstallationTest):
+    def installed(self, component):
+        self.install(component)
+        files = self.files(self.prefix)
+        shutil.rmtree(self.prefix)
+        return files
+
+    def test_each_holds_its_files(self):
+        self.assertEqual({"lib/libKORVSupport.so.21"}, self.installed("runtime"))
+        self.assertEqual({"lib/libKORVDataCnvLib.so"}, self.installed("datacnv"))
+        self.assertEqual(development(self.prefix), self.installed("development"))
+        self.assertEqual(below("share/doc/korv-support", DOCUMENTS),
+                         self.installed("documentation"))
+
+    def test_nothing_is_outside_them(self):
+        self.install(*LINKED, "documentation", "example")
+        by_component = self.files(self.prefix)
+        shutil.rmtree(self.prefix)
+        self.run_command("cmake", "--install", BUILD, "--prefix", self.prefix)
+        self.assertEqual(by_component, self.files(self.prefix))
+
+    def test_links(self):
+        self.install(*LINKED)
+        link = self.prefix / "lib/libKORVSupport.so"
+        self.assertEqual("libKORVSupport.so.21", str(link.readlink()))
+        self.assertFalse(link.resolve().is_symlink())
+
+    def test_package_version(self):
+        self.install(*LINKED)
+        for name in ("korv-support", "korv-datacnv"):
+            self.assertEqual([VERSION], self.pkg_config(self.prefix / "lib/pkgconfig",
+                                                        "--modversion", name))
+
+    def test_destdir(self):
+        destdir = self.folder / "destdir"
+        self.install(*LINKED, DESTDIR=destdir)
+        prefix = cached("CMAKE_INSTALL_PREFIX")
+        libraries = destdir / prefix.lstrip("/") / "lib"
+        program = self.build_by_pkg_config(libraries / "pkgconfig", "korv-support", "korv-datacnv")
+        self.check_use(program, LD_LIBRARY_PATH=libraries)
+        self.assertEqual(development(prefix)
+                         | {"lib/libKORVSupport.so.21", "lib/libKORVDataCnvLib.so"},
+                         self.files(libraries.parent))
+
+
+class FoldersTest(InstallationTest):
+    """A second build folder for other places, with the objects of the first."""
+
+    def configure_with(self, **folders):
+        build = self.folder / "other"
+        options = [f"-D{name}={value}" for name, value in folders.items()]
+        self.configure(SOURCE, "other", "-DKORV_BUILD_TESTS=OFF", "-DKORV_BUILD_EXAMPLES=OFF",
+                       f"-DCMAKE_INSTALL_PREFIX={self.prefix}", *options)
+        shutil.copytree(BUILD / "lib", build / "lib", symlinks=True, dirs_exist_ok=True,
+                        ignore=shutil.ignore_patterns("*.a", "korv-providers"))
+        return build
+
+    def check_consumers(self, libraries, *package):
+        for name in ("korv-support", "korv-datacnv"):
+            [folder] = self.pkg_config(libraries / "pkgconfig", "--variable=libdir", name)
+            self.assertEqual(libraries, pathlib.Path(folder).resolve())
+        program = self.build_by_pkg_config(libraries / "pkgconfig", "korv-support", "korv-datacnv")
+        self.check_use(program, LD_LIBRARY_PATH=libraries)
+        self.check_use(self.build_by_find_package("build", *package))
+
+    def test_relative_ones_move_with_the_prefix(self):
+        build = self.configure_with(CMAKE_INSTALL_LIBDIR="lib/some-linux",
+                                    CMAKE_INSTALL_INCLUDEDIR="include/of/korv")
+        self.install(*LINKED, build=build)
+        self.assertTrue((self.prefix / "include/of/korv/korv/korv.h").exists())
+        moved = self.folder / "moved"
+        self.prefix.rename(moved)
+        libraries = moved / "lib/some-linux"
+        self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
+
+    def test_absolute_library_folder(self):
+        libraries = self.folder / "libraries"
+        build = self.configure_with(CMAKE_INSTALL_LIBDIR=libraries)
+        self.install(*LINKED, build=build)
+        self.assertEqual(below("include/korv", {name.split("/")[-1] for name in HEADERS})
+                         | for_gdb(libraries), self.files(self.prefix))
+        self.assertEqual(PACKAGES | {"libKORVSupport.so.21", "libKORVSupport.so",
+                                     "libKORVDataCnvLib.so"}, self.files(libraries))
+        self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
+
+
+main()

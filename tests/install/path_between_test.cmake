@@ -1,0 +1,21 @@
+# The ways between installed folders: relative where both move with the prefix.
+include(${CMAKE_CURRENT_LIST_DIR}/../../cmake/path_between.cmake)
+set(CMAKE_INSTALL_PREFIX /usr)
+
+function(check from to expected)
+  korv_path_between(path "${from}" "${to}" "@/")
+  if(NOT path STREQUAL expected)
+    message(SEND_ERROR "from ${from} to ${to} it is ${path}, not ${expected}")
+  endif()
+endfunction()
+
+check(bin lib @/../lib)
+check(bin lib/i386-linux-gnu @/../lib/i386-linux-gnu)
+check(lib/i386-linux-gnu/korv-providers lib/i386-linux-gnu @/..)
+check(lib/pkgconfig . @/../..)
+check(. include @/include)
+check(libexec/korv lib @/../../lib)
+check(bin /opt/korv/lib /opt/korv/lib)
+check(/opt/korv/bin lib /usr/lib)
+check(/opt/korv/lib/pkgconfig . /usr)
+check(/opt/korv/bin /opt/korv/lib /opt/korv/lib)
