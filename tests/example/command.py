@@ -30,9 +30,9 @@ class CommandTest(unittest.TestCase):
             file.write(contents if isinstance(contents, bytes) else contents.encode())
         return self.path(name)
 
-    def run_program(self, *arguments, stdin=b""):
+    def run_program(self, *arguments, stdin=b"", **options):
         return subprocess.run([PROGRAM, *arguments], input=stdin, capture_output=True,
-                              cwd=self.folder, check=False)
+                              cwd=self.folder, check=False, timeout=60, **options)
 
 
 def main():

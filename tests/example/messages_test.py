@@ -55,7 +55,13 @@ class MessagesTest(CommandTest):
             result = self.run_program("-r", "rules.txt", "in.csv", option, written)
             message = f"{written}: would replace {read}, which is read\n"
             self.assertEqual((2, message.encode()), (result.returncode, result.stderr))
-        for name, contents in (("in.csv", ROWS), ("rules.txt", RULES)):
+        for report in ("out.csv", "./out.csv"):
+            self.write("out.csv", ROWS)
+            result = self.run_program("-r", "rules.txt", "in.csv", "-o", "out.csv", "--report",
+                                      report)
+            message = f"{report}: is the output, too\n"
+            self.assertEqual((2, message.encode()), (result.returncode, result.stderr))
+        for name, contents in (("in.csv", ROWS), ("rules.txt", RULES), ("out.csv", ROWS)):
             with open(self.path(name), encoding="utf-8") as file:
                 self.assertEqual(contents, file.read())
 
@@ -78,15 +84,31 @@ class MessagesTest(CommandTest):
                     rules="CARD = AFF, method=odd\n")
 
     def test_providers_that_are_not_there(self):
+        self.expect("rules.txt:1:8: provider CCN has no module: there is no file "
+                    "nowhere/libkorvprv_ccn.so (--providers names the folder)",
+                    arguments=("--providers", "nowhere"))
         self.write("libkorvprv_ccn.so", "no module")
-        for arguments in (("--providers", "nowhere"), ("--providers", ".")):
-            self.write("rules.txt", RULES)
-            self.write("in.csv", ROWS)
-            result = self.run_program("-r", "rules.txt", "in.csv", "-o", "out.csv", *arguments)
-            self.assertEqual(2, result.returncode)
-            self.assertTrue(result.stderr.startswith(
-                b"rules.txt:1:8: provider CCN cannot be loaded: "), result.stderr)
-            self.assertFalse(os.path.exists(self.path("out.csv")))
+        result = self.run_program("-r", "rules.txt", "in.csv", "--providers", ".")
+        self.assertEqual(2, result.returncode)
+        self.assertTrue(result.stderr.startswith(
+            b"rules.txt:1:8: provider CCN cannot be loaded: "), result.stderr)
+
+    def test_everything_that_is_wrong_with_the_rules_is_said_at_once(self):
+        self.expect("rules.txt:1:5: a rule has the form COLUMN = PROVIDER, operand=value, ...\n"
+                    "rules.txt:4:1: column CARD has a rule on line 2 already\n"
+                    "rules.txt:5:5: the provider is missing",
+                    rules="CARD\nCARD = CCN, key=17\n# x\nCARD = CCC\nID =")
+        self.expect("rules.txt:3: AFF error 2, the method is shuffle, reverse or number: "
+                    "KORV_TOKID_COLNAME=ID KORV_TOKID_METHOD=ODD\n"
+                    "rules.txt:1:1: in.csv has no column X\n"
+                    "rules.txt:2:8: CCN needs the operand KEY\n"
+                    "rules.txt:3:6: provider AFF does not accept this rule",
+                    rules="X = CCN, key=1\nCARD = CCN\nID = AFF, method=odd\n")
+
+    def test_a_file_without_rules_does_not_fill_the_screen(self):
+        wrong = "".join(f"rules.txt:{line}:2: a rule has the form COLUMN = PROVIDER, "
+                        "operand=value, ...\n" for line in range(1, 21))
+        self.expect(wrong + "no more than these are shown", rules="x\n" * 1000)
 
     def test_malformed_rows(self):
         for row, message in (

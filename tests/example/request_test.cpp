@@ -16,7 +16,7 @@ TEST_F(RequestTest, ProvidersAreFoundByNameInAnyCase) {
     rule("ccn, key=1");
     rule("\"Ccn\", key=1");
     EXPECT_EQ(":1:7: there is no provider NONE", ruleError("NONE"));
-    EXPECT_EQ(0u, ruleError("DSWAP").find(":1:7: provider DSWAP cannot be loaded: "));
+    EXPECT_EQ(0u, ruleError("DSWAP").find(":1:7: provider DSWAP has no module: "));
 }
 
 TEST_F(RequestTest, OperandsAreChecked) {

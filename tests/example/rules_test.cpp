@@ -115,6 +115,15 @@ TEST_F(RulesTest, ErrorsHaveTheirPlace) {
     for (const auto& c : cases) EXPECT_EQ(c.message, message(c.text)) << c.text;
 }
 
+TEST_F(RulesTest, AByteOrderMarkIsNoPartOfTheFirstLine) {
+    EXPECT_EQ("CARD", read("\xEF\xBB\xBF"
+                           "card = AFF\n")
+                          .rules.at(0)
+                          .column);
+    EXPECT_EQ(2u, read("\xEF\xBB\xBF# comment\ncard = AFF\n").rules.at(0).line);
+    EXPECT_EQ(":1:1: an empty element", message("\xEF\xBB\xBF\"\" = AFF\n"));
+}
+
 TEST_F(RulesTest, AMissingFileIsNamed) {
     try {
         host::readRules("/nowhere/rules.txt");

@@ -34,6 +34,14 @@ class StreamsTest(CommandTest):
         self.run_program(*RULES, path, "-o", path)
         self.assertEqual(self.masked, read(path))
 
+    def test_a_link_to_the_output_stays(self):
+        rows = self.write("rows.csv", self.customers)
+        link = self.path("link.csv")
+        os.symlink("rows.csv", link)
+        self.run_program(*RULES, link, "-o", link)
+        self.assertTrue(os.path.islink(link))
+        self.assertEqual(self.masked, read(rows))
+
     def test_crlf_stays_crlf(self):
         # The line ends inside quotes are text, which the rules mask: take the row with them away.
         plain = [line for line in self.customers.split(b"\n") if line.startswith((b"ID", b"1000"))

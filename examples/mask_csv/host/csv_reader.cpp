@@ -54,7 +54,10 @@ bool CsvReader::next() {
         }
     }
     for (;;) {
-        if (begin_ == end_ && ended_) return false;
+        if (begin_ == end_ && ended_) {
+            next_ = begin_;  // the buffer may have moved since the last row
+            return false;
+        }
         if (parseRow()) return true;
         fill();
     }

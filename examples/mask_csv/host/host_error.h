@@ -17,4 +17,14 @@ class HostError : public std::runtime_error {
                              ": " + message) {}
 };
 
+// A request that the library or a conversion has refused, with its status.
+class RequestError : public std::runtime_error {
+  public:
+    explicit RequestError(int32_t code)
+        : std::runtime_error("the request failed with status " + std::to_string(code)),
+          status(code) {}
+
+    int32_t status;
+};
+
 }  // namespace host

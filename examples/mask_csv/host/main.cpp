@@ -1,10 +1,9 @@
 // mask_csv: masks columns of a CSV file with the providers that its rules name.
-#include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <string>
 #include <system_error>
 
@@ -15,6 +14,7 @@
 #include "host/masking.h"
 #include "host/options.h"
 #include "host/output_file.h"
+#include "host/process.h"
 #include "host/progress.h"
 #include "host/provider_loader.h"
 #include "host/report.h"
@@ -23,21 +23,26 @@
 
 namespace {
 
-enum ExitStatus { kAllMasked = 0, kSomeFailed = 1, kNotRun = 2 };
+bool isSameFile(const std::string& first, const std::string& second) {
+    std::error_code none;
+    return std::filesystem::equivalent(first, second, none);
+}
 
 // The rules are not to be overwritten, nor the input by the report, by whatever name they go. (The
 // output may take the place of the input: it does so when it is complete.)
 void refuseToReplace(const std::string& read, const std::string& written) {
-    std::error_code none;
-    if (std::filesystem::equivalent(read, written, none)) {
+    if (isSameFile(read, written)) {
         throw host::HostError(written + ": would replace " + read + ", which is read");
     }
 }
 
-ExitStatus run(const host::Options& options) {
+host::ExitStatus run(const host::Options& options) {
     refuseToReplace(options.rules, options.output);
     refuseToReplace(options.rules, options.report);
     refuseToReplace(options.input, options.report);
+    if (options.report == options.output || isSameFile(options.report, options.output)) {
+        throw host::HostError(options.report + ": is the output, too");
+    }
     const host::Rules rules = host::readRules(options.rules);
     host::FileSource file(options.input);
     std::unique_ptr<host::ByteSource> conversion;
@@ -63,26 +68,24 @@ ExitStatus run(const host::Options& options) {
     }
     report.flush();
     output.commit();
-    return summary.failed > 0 ? kSomeFailed : kAllMasked;
+    return summary.failed > 0 ? host::kSomeFailed : host::kAllMasked;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    // The library's case functions follow the locale; this one knows every letter of UTF-8 input.
-    std::setlocale(LC_CTYPE, "C.UTF-8");
-    // Dates are plain calendar dates; without this, each day difference would look up the zone's
-    // file.
-    setenv("TZ", "UTC0", 1);
-    host::Options options;
-    int status = kAllMasked;
-    if (!host::parseOptions(argc, argv, options, status)) return status;
     try {
+        host::prepareProcess();
+        host::Options options;
+        int status = host::kAllMasked;
+        if (!host::parseOptions(argc, argv, options, status)) return status;
         return run(options);
     } catch (const host::HostError& error) {
         std::fprintf(stderr, "%s\n", error.what());
+    } catch (const std::bad_alloc&) {
+        std::fputs("mask_csv: out of memory\n", stderr);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "mask_csv: %s\n", error.what());
     }
-    return kNotRun;
+    return host::kNotRun;
 }

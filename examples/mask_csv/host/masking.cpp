@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "host/faults.h"
 #include "host/host_error.h"
 #include "text/utf8_text.h"
 
@@ -31,25 +32,30 @@ void Masking::readHeader(const Rules& rules, ProviderLoader& loader) {
 
     std::vector<std::string> names;
     for (CsvField& field : reader_.fields()) names.emplace_back(CsvReader::text(field));
+    Faults faults;
     for (const Rule& rule : rules.rules) {
-        const auto means = [&](const std::string& name) { return namesColumn(rule, name); };
-        const auto found = std::find_if(names.begin(), names.end(), means);
-        if (found == names.end()) {
-            rules.fail(rule, 1, inputName_ + " has no column " + rule.column);
-        }
-        if (std::find_if(found + 1, names.end(), means) != names.end()) {
-            rules.fail(rule, 1, inputName_ + " has more than one column " + rule.column);
-        }
-        const auto index = static_cast<size_t>(found - names.begin());
-        for (const MaskedColumn& other : columns_) {
-            if (other.index == index) rules.fail(rule, 1, "column " + *found + " has two rules");
-        }
-        report_.atRule(rules.file, rule.line);
-        columns_.push_back({index, std::make_unique<Request>(rules, rule, loader.load(rules, rule),
-                                                             *found, report_)});
+        faults.collect([&] { addColumn(rules, rule, loader, names); });
     }
+    faults.raise();
     std::sort(columns_.begin(), columns_.end(),
               [](const MaskedColumn& a, const MaskedColumn& b) { return a.index < b.index; });
+}
+
+void Masking::addColumn(const Rules& rules, const Rule& rule, ProviderLoader& loader,
+                        const std::vector<std::string>& names) {
+    const auto means = [&](const std::string& name) { return namesColumn(rule, name); };
+    const auto found = std::find_if(names.begin(), names.end(), means);
+    if (found == names.end()) rules.fail(rule, 1, inputName_ + " has no column " + rule.column);
+    if (std::find_if(found + 1, names.end(), means) != names.end()) {
+        rules.fail(rule, 1, inputName_ + " has more than one column " + rule.column);
+    }
+    const auto index = static_cast<size_t>(found - names.begin());
+    for (const MaskedColumn& other : columns_) {
+        if (other.index == index) rules.fail(rule, 1, "column " + *found + " has two rules");
+    }
+    report_.atRule(rules.file, rule.line);
+    columns_.push_back(
+        {index, std::make_unique<Request>(rules, rule, loader.load(rules, rule), *found, report_)});
 }
 
 Summary Masking::run(CsvWriter& writer, const std::function<void()>& afterRow) {

@@ -39,6 +39,8 @@ class Masking {
 
   private:
     void readHeader(const Rules& rules, ProviderLoader& loader);
+    void addColumn(const Rules& rules, const Rule& rule, ProviderLoader& loader,
+                   const std::vector<std::string>& names);
     void checkRow() const;
     void maskRow(CsvWriter& writer);
 

@@ -4,6 +4,8 @@
 #include <CLI/CLI.hpp>
 #include <map>
 
+#include "host/process.h"
+
 namespace host {
 
 bool parseOptions(int argc, char** argv, Options& options, int& status) {
@@ -22,7 +24,7 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
         ->type_name("FILE");
     app.add_option("--providers", options.providers,
                    "Folder of the provider modules (default: lib/korv-providers next to the "
-                   "program's folder)")
+                   "program's folder, or where they were installed)")
         ->type_name("DIR");
     const std::map<std::string, ProgressMode> modes = {{"auto", ProgressMode::automatic},
                                                        {"always", ProgressMode::always},
@@ -38,7 +40,7 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        status = app.exit(error) == 0 ? 0 : 2;
+        status = app.exit(error) == 0 ? kAllMasked : kNotRun;
         return false;
     }
     return true;

@@ -9,7 +9,8 @@ namespace host {
 class OutputFile {
   public:
     // "-" is standard output. Anything else is written to a temporary file in the same folder,
-    // unless it exists and is no regular file, such as /dev/null.
+    // unless it exists and is no regular file, such as /dev/null. A link stays: the file that it
+    // leads to is the output.
     explicit OutputFile(const std::string& path);
     // Removes the temporary file unless commit() has been called.
     ~OutputFile();
@@ -17,13 +18,15 @@ class OutputFile {
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(const char* bytes, size_t count);
-    // Gives the file its name.
+    // Gives the file its name, once its contents are on the disk.
     void commit();
 
   private:
+    void createTemporary(unsigned mode);
     [[noreturn]] void fail() const;
 
-    std::string path_;
+    std::string path_;  // for messages
+    std::string target_;
     std::string temporary_;  // empty when the target is written directly
     int descriptor_ = -1;
 };

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <climits>
+#include <utility>
 
 #include "host/host_error.h"
 #include "korv/korv.h"
@@ -26,6 +27,20 @@ std::string folderOfProgram() {
     if (length <= 0) return ".";
     const std::string program(path, static_cast<size_t>(length));
     return program.substr(0, program.rfind('/'));
+}
+
+// In a build folder the modules lie next to the program's folder, otherwise where they were
+// installed.
+std::string folderOfModules() {
+    const std::string program = folderOfProgram() + "/";
+    std::string folder = program + "../lib/korv-providers";
+#ifdef MASK_CSV_PROVIDERS
+    if (::access(folder.c_str(), X_OK) != 0) {
+        folder = MASK_CSV_PROVIDERS;
+        if (folder.front() != '/') folder.insert(0, program);
+    }
+#endif
+    return folder;
 }
 
 // What the framework knows of a provider, as the library hands it to others: a provider record with
@@ -55,12 +70,12 @@ Provider describe(const std::string& name, int32_t number) {
 
 }  // namespace
 
-ProviderLoader::ProviderLoader(const std::string& folder)
-    : folder_(folder.empty() ? folderOfProgram() + "/../lib/korv-providers" : folder) {}
-
-ProviderLoader::~ProviderLoader() {
-    for (const auto& [number, provider] : loaded_) ::dlclose(provider.handle);
+void CloseModule::operator()(void* handle) const {
+    ::dlclose(handle);
 }
+
+ProviderLoader::ProviderLoader(const std::string& folder)
+    : folder_(folder.empty() ? folderOfModules() : folder) {}
 
 const Provider& ProviderLoader::load(const Rules& rules, const Rule& rule) {
     const int32_t number = GetProviderID(rule.provider.c_str());
@@ -72,19 +87,23 @@ const Provider& ProviderLoader::load(const Rules& rules, const Rule& rule) {
 
     Provider provider = describe(rule.provider, number);
     const std::string path = folder_ + "/" + provider.module;
-    provider.handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (::access(path.c_str(), F_OK) != 0) {
+        rules.fail(rule, rule.providerPosition,
+                   "provider " + rule.provider + " has no module: there is no file " + path +
+                       " (--providers names the folder)");
+    }
+    provider.handle.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (provider.handle == nullptr) {
         rules.fail(rule, rule.providerPosition,
                    "provider " + rule.provider + " cannot be loaded: " + ::dlerror());
     }
     const auto entry =
-        reinterpret_cast<PrvEntryFunction>(::dlsym(provider.handle, PRV_ENTRY_SYMBOL));
+        reinterpret_cast<PrvEntryFunction>(::dlsym(provider.handle.get(), PRV_ENTRY_SYMBOL));
     provider.entry = entry == nullptr ? nullptr : entry();
     if (provider.entry == nullptr || provider.entry->interfaceVersion != PRV_INTERFACE_VERSION) {
-        ::dlclose(provider.handle);
         rules.fail(rule, rule.providerPosition, path + " is no provider of this host's version");
     }
-    return loaded_.emplace(number, provider).first->second;
+    return loaded_.emplace(number, std::move(provider)).first->second;
 }
 
 }  // namespace host

@@ -10,19 +10,23 @@
 
 namespace host {
 
+struct CloseModule {
+    void operator()(void* handle) const;
+};
+
 struct Provider {
     int32_t number;  // by GetProviderID
     std::string name;
     std::string module;  // file name
     const PrvEntry* entry;
-    void* handle;
+    std::unique_ptr<void, CloseModule> handle;
 };
 
 class ProviderLoader {
   public:
-    // An empty `folder` means lib/korv-providers next to the folder of the running program.
+    // An empty `folder` means lib/korv-providers next to the folder of the running program, or the
+    // folder of the installed modules.
     explicit ProviderLoader(const std::string& folder);
-    ~ProviderLoader();
     ProviderLoader(const ProviderLoader&) = delete;
     ProviderLoader& operator=(const ProviderLoader&) = delete;
 

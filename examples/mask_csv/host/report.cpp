@@ -18,14 +18,24 @@ const char* meaning(const PrvEntry& provider, uint32_t code) {
     return "no description";
 }
 
-// One line, whatever the text holds.
+// One line, whatever the text holds, and also where conversions fail.
 std::string printable(const wchar_t* text) {
     if (text == nullptr) return "?";
     std::wstring copy(text);
     for (wchar_t& c : copy) {
         if (c < L' ' || c == 0x7F) c = L'?';
     }
-    return text::toUtf8(copy);
+    try {
+        return text::toUtf8(copy);
+    } catch (const text::ConversionError&) {
+        return "?";
+    }
+}
+
+// The catalogue's names are ASCII.
+std::string nameOf(uint32_t tokenId) {
+    const std::wstring name = gTokenIds[tokenId];
+    return std::string(name.begin(), name.end());
 }
 
 }  // namespace
@@ -69,26 +79,28 @@ void Report::error(const Provider& provider, const ErrorRecord& record) {
         const TokenSlot& slot = record.tokenSlots[i];
         if (slot.tokenId == KORV_TOKID_UNUSED || slot.tokenId >= KORV_TOKID_COUNT) continue;
         text += separator;
-        text += " " + text::toUtf8(gTokenIds[slot.tokenId]) + "=" + printable(slot.text);
+        text += " " + nameOf(slot.tokenId) + "=" + printable(slot.text);
         separator = "";
     }
     print(text);
 }
 
 void Report::failure(const Provider& provider, int32_t status) {
-    print(place() + provider.entry->name + " failed with status " + std::to_string(status) +
-          " and captured no error");
+    print(place() + "the request to " + provider.entry->name + " failed with status " +
+          std::to_string(status));
 }
 
 void Report::print(const std::string& line) {
     if (beforeLine_) beforeLine_();
-    std::fprintf(file_, "%s\n", line.c_str());
+    if (std::fprintf(file_, "%s\n", line.c_str()) < 0) fail();
 }
 
 void Report::flush() {
-    if (std::fflush(file_) != 0 || std::ferror(file_) != 0) {
-        throw HostError((path_.empty() ? "standard error" : path_) + ": " + std::strerror(errno));
-    }
+    if (std::fflush(file_) != 0) fail();
+}
+
+void Report::fail() const {
+    throw HostError((path_.empty() ? "standard error" : path_) + ": " + std::strerror(errno));
 }
 
 }  // namespace host

@@ -34,6 +34,7 @@ class Report : public ErrorListener {
 
   private:
     std::string place() const;
+    [[noreturn]] void fail() const;
 
     std::string path_;
     std::FILE* file_;

@@ -17,7 +17,7 @@ namespace {
 constexpr uint64_t kSpareCharacters = 1024;
 
 void check(int32_t status) {
-    if (status != 0) throw HostError("the request failed with status " + std::to_string(status));
+    if (status != 0) throw RequestError(status);
 }
 
 template <typename Record>
@@ -38,6 +38,10 @@ struct Release {
 void Request::Buffer::ensure(uint64_t needed) {
     if (needed <= size) return;
     if (needed > INT32_MAX / 2) throw std::bad_alloc();
+    // The library would give up a block that it cannot resize.
+    std::free(bytes);
+    bytes = nullptr;
+    size = 0;
     check(KORVAllocateBuffer(&bytes, &size, static_cast<int32_t>(needed * 2)));
 }
 
@@ -64,6 +68,9 @@ Request::Request(const Rules& rules, const Rule& rule, const Provider& provider,
             rules.fail(rule, rule.providerPosition,
                        "provider " + rule.provider + " does not accept this rule");
         }
+    } catch (const RequestError& error) {
+        releaseFields();
+        rules.fail(rule, rule.providerPosition, "provider " + rule.provider + ": " + error.what());
     } catch (...) {
         releaseFields();
         throw;
@@ -124,6 +131,15 @@ int32_t Request::walk(ValueRecord* value, ValueRecord* result, ErrorListener& li
 }
 
 bool Request::mask(std::string_view value, std::string_view& masked, ErrorListener& listener) {
+    try {
+        return maskValue(value, masked, listener);
+    } catch (const RequestError& error) {
+        listener.failure(provider_, error.status);
+        return false;
+    }
+}
+
+bool Request::maskValue(std::string_view value, std::string_view& masked, ErrorListener& listener) {
     const bool wide = alwaysWide_ || !text::isAscii(value.data(), value.size());
     const uint64_t unit = wide ? sizeof(wchar_t) : 1;
     selectField(wide ? kWide : kNarrow);

@@ -14,7 +14,7 @@ class ErrorListener {
   public:
     virtual ~ErrorListener() = default;
     virtual void error(const Provider& provider, const ErrorRecord& record) = 0;
-    // The provider failed with a status and without an error.
+    // The request failed with a status and without an error of the provider's.
     virtual void failure(const Provider& provider, int32_t status) = 0;
 };
 
@@ -37,7 +37,7 @@ class Request {
 
   private:
     enum FieldPosition { kNarrow = 0, kWide = 1 };
-    // A work buffer of the library's.
+    // A work buffer of the library's, whose contents are lost when it grows.
     struct Buffer {
         void* bytes = nullptr;
         uint32_t size = 0;
@@ -45,6 +45,7 @@ class Request {
         ~Buffer();
     };
 
+    bool maskValue(std::string_view value, std::string_view& masked, ErrorListener& listener);
     void describeFields();
     void selectField(FieldPosition position);
     template <typename Step>

@@ -2,9 +2,12 @@
 #include "host/rules.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 
+#include "host/faults.h"
 #include "host/host_error.h"
 #include "korv/korv.h"
 #include "text/utf8_text.h"
@@ -106,7 +109,8 @@ RuleOperand parseOperand(const LineParser& parser, const LineParser::Element& el
                     '=') != 0) {
         parser.failAt(element.position, "operand " + operand.key + " has no value");
     }
-    operand.value = value.c_str();
+    value.resize(std::strlen(value.c_str()));
+    operand.value = std::move(value);
     operand.hasValue = true;
     return operand;
 }
@@ -149,6 +153,17 @@ Rule parseRule(const std::string& file, uint64_t line, const std::string& text) 
     return rule;
 }
 
+void addRule(Rules& rules, Rule rule) {
+    for (const Rule& other : rules.rules) {
+        if (other.column == rule.column && other.quotedColumn == rule.quotedColumn) {
+            rules.fail(rule, 1,
+                       "column " + rule.column + " has a rule on line " +
+                           std::to_string(other.line) + " already");
+        }
+    }
+    rules.rules.push_back(std::move(rule));
+}
+
 }  // namespace
 
 void Rules::fail(const Rule& rule, uint64_t position, const std::string& message) const {
@@ -161,22 +176,17 @@ Rules readRules(const std::string& path) {
     Rules rules{path, {}};
     std::string line;
     uint64_t number = 0;
+    Faults faults;
     while (std::getline(input, line)) {
         ++number;
+        if (number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0) line.erase(0, 3);
         if (!line.empty() && line.back() == '\r') line.pop_back();
         const size_t first = line.find_first_not_of(" \t");
         if (first == std::string::npos || line[first] == '#') continue;
-        Rule rule = parseRule(path, number, line);
-        for (const Rule& other : rules.rules) {
-            if (other.column == rule.column && other.quotedColumn == rule.quotedColumn) {
-                rules.fail(rule, 1,
-                           "column " + rule.column + " has a rule on line " +
-                               std::to_string(other.line) + " already");
-            }
-        }
-        rules.rules.push_back(std::move(rule));
+        faults.collect([&] { addRule(rules, parseRule(path, number, line)); });
     }
     if (input.bad()) throw HostError(path + ": cannot be read");
+    faults.raise();
     if (rules.rules.empty()) throw HostError(path + ": no rule in it");
     return rules;
 }

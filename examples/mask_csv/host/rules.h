@@ -32,7 +32,7 @@ struct Rules {
     [[noreturn]] void fail(const Rule& rule, uint64_t position, const std::string& message) const;
 };
 
-// Reads a rules file, or throws HostError with the position of what is wrong.
+// Reads a rules file, or throws HostError with the position of everything that is wrong in it.
 Rules readRules(const std::string& path);
 
 // Whether the rule means the column of this name.

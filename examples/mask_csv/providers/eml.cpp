@@ -45,8 +45,8 @@ class Eml {
   public:
     explicit Eml(const provider::Operands& operands)
         : key_(static_cast<uint32_t>(operands.number(kKey, 0))),
-          prefix_(operands.number(kPrefix, 0)) {
-        domain_ = operands.wide(kDomain);
+          prefix_(operands.number(kPrefix, 0)),
+          domain_(operands.wide(kDomain)) {
         for (const wchar_t c : domain_) {
             if (c <= ' ' || c > '~' || c == '@') {
                 throw Error(kBadOperand,

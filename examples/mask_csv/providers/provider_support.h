@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "provider.h"
+#include "text/utf8_text.h"
 
 namespace provider {
 
@@ -28,12 +29,14 @@ enum CommonError : uint32_t {
     kNotText = 102,
     kNoMemory = 103,
     kBadFile = 104,
+    kNotConverted = 105,
 };
-#define MASK_CSV_COMMON_ERRORS                                                               \
-    {provider::kValueTooLong, "the value is too long"},                                      \
-        {provider::kResultTooLong, "the masked value is too long"},                          \
-        {provider::kNotText, "the field is not text"}, {provider::kNoMemory, "no memory"}, { \
-        provider::kBadFile, "the file cannot be read or is not UTF-8 text"                   \
+#define MASK_CSV_COMMON_ERRORS                                                             \
+    {provider::kValueTooLong, "the value is too long"},                                    \
+        {provider::kResultTooLong, "the masked value is too long"},                        \
+        {provider::kNotText, "the field is not text"}, {provider::kNoMemory, "no memory"}, \
+        {provider::kBadFile, "the file cannot be read or is not UTF-8 text"}, {            \
+        provider::kNotConverted, "text that cannot be converted"                           \
     }
 
 // The longest value in characters; the library counts terminated text in 16 bits.
@@ -47,7 +50,8 @@ struct Token {
 // An error of the value or the rule at hand. The column's name is added to its tokens.
 class Error : public std::exception {
   public:
-    Error(uint32_t code, std::initializer_list<Token> tokens) : code(code), tokens(tokens) {}
+    Error(uint32_t errorCode, std::initializer_list<Token> errorTokens)
+        : code(errorCode), tokens(errorTokens) {}
     const char* what() const noexcept override { return "provider error"; }
 
     uint32_t code;
@@ -141,6 +145,8 @@ struct Glue {
             return 0;
         } catch (const Error& error) {
             return capture(call, error);
+        } catch (const text::ConversionError&) {
+            return capture(call, Error(kNotConverted, {}));
         } catch (const std::exception&) {
             return capture(call, Error(kNoMemory, {}));
         }

@@ -2,7 +2,6 @@
 #include "text/utf8_text.h"
 
 #include <cstring>
-#include <stdexcept>
 #include <vector>
 
 namespace text {
@@ -62,7 +61,7 @@ std::wstring toWide(std::string_view utf8) {
     const int32_t status = KORVCnvCharToWVarcharSz(
         utf8.data(), &length, wide.data(), static_cast<uint32_t>(wide.size() * sizeof(wchar_t)),
         &characters, &kUtf8Options);
-    if (status != CNV_SUCCESS) throw std::invalid_argument("not UTF-8");
+    if (status != CNV_SUCCESS) throw ConversionError(status);
     return std::wstring(wide.data(), characters);
 }
 
@@ -75,7 +74,7 @@ std::string toUtf8(std::wstring_view wide) {
     const int32_t status =
         KORVCnvWVarcharSzToVarcharSz(terminated.c_str(), &length, narrow.data(),
                                      static_cast<uint32_t>(narrow.size()), &bytes, &kUtf8Options);
-    if (status != CNV_SUCCESS) throw std::invalid_argument("not Unicode");
+    if (status != CNV_SUCCESS) throw ConversionError(status);
     return std::string(narrow.data(), bytes);
 }
 

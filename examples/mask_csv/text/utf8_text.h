@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -18,7 +19,13 @@ size_t validUtf8Length(const char* bytes, size_t length);
 
 bool isAscii(const char* bytes, size_t length);
 
-// Both throw std::invalid_argument for text that cannot be converted.
+class ConversionError : public std::runtime_error {
+  public:
+    explicit ConversionError(int32_t status)
+        : std::runtime_error("text cannot be converted, status " + std::to_string(status)) {}
+};
+
+// Both throw ConversionError.
 std::wstring toWide(std::string_view utf8);
 std::string toUtf8(std::wstring_view wide);
 
