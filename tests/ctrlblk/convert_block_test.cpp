@@ -6,8 +6,7 @@ namespace {
 class ConvertBlock : public HeapTest {};
 
 void expectBlockCarried(const CtrlBlkI& source, const CtrlBlkX& target) {
-    expectHeader(target.header, "BLKX", 56);
-    EXPECT_EQ(sizeof target, target.header.length);
+    expectHeader(target.header, "BLKX", sizeof target);
     EXPECT_MEMBER(source, target, blkCode);
     EXPECT_MEMBER(source, target, blkAttr1);
     EXPECT_MEMBER(source, target, blkAttr2);
@@ -62,8 +61,8 @@ TEST_F(ConvertBlock, ConvertsFieldsInListOrder) {
         const auto fields = listed(target->fieldDefs);
         ASSERT_EQ(count, fields.size());
         for (std::size_t i = 0; i < count; ++i) {
-            EXPECT_EQ(52u, heap::sizeOf(fields[i]));
-            expectHeader(fields[i]->header, "FLDX", 52);
+            EXPECT_EQ(sizeof(FieldDefX), heap::sizeOf(fields[i]));
+            expectHeader(fields[i]->header, "FLDX", sizeof(FieldDefX));
             expectFieldCarried(request.fields[i], *fields[i]);
             EXPECT_MEMBER(request.fields[i], *fields[i], wideText);
             EXPECT_MEMBER(request.fields[i], *fields[i], narrowText);
@@ -133,7 +132,7 @@ TEST_F(ConvertBlock, FillsChainedNodesAgainAndAddsTheMissingOnes) {
     EXPECT_EQ(fields[1], nodes[1]->fieldDef);
     EXPECT_EQ(fields[0], nodes[2]->fieldDef);
     EXPECT_EQ(fields[2], nodes[3]->fieldDef);
-    EXPECT_EQ(12u, heap::sizeOf(nodes[3]));
+    EXPECT_EQ(sizeof(FieldRefX), heap::sizeOf(nodes[3]));
     EXPECT_EQ(0, CleanCtrlBlkX(target));
 }
 

@@ -12,7 +12,7 @@ TEST_F(ConvertField, CarriesMembersSharesTextsAndEmptiesTheLink) {
         const FieldDefI source = rubbish<FieldDefI>(seed);
         FieldDefX target = rubbish<FieldDefX>(seed + 1000);
         ASSERT_EQ(0, KORVCnvFieldDefFromIToX(&source, &target));
-        expectHeader(target.header, "FLDX", 52);
+        expectHeader(target.header, "FLDX", sizeof target);
         EXPECT_EQ(sizeof target, target.header.length);
         expectFieldCarried(source, target);
         EXPECT_MEMBER(source, target, wideText);
@@ -37,7 +37,7 @@ TEST_F(ConvertOperand, CarriesEveryMemberButLeavesTheLink) {
         OprDefX target = rubbish<OprDefX>(seed + 1000);
         OprDefX* const link = target.link;
         ASSERT_EQ(0, KORVCnvOprDefFromIToX(&source, &target));
-        expectHeader(target.header, "OPRX", 72);
+        expectHeader(target.header, "OPRX", sizeof target);
         EXPECT_EQ(sizeof target, target.header.length);
         expectOperandCarried(source, target);
         EXPECT_EQ(link, target.link);
@@ -72,7 +72,7 @@ struct Service {
 };
 
 void expectServiceCarried(const SvcDefI& source, const SvcDefX& target) {
-    expectHeader(target.header, "SVCX", 28);
+    expectHeader(target.header, "SVCX", sizeof target);
     EXPECT_EQ(sizeof target, target.header.length);
     EXPECT_MEMBER(source, target, svcCode1);
     EXPECT_MEMBER(source, target, svcCode2);
@@ -93,8 +93,8 @@ TEST_F(ConvertService, ConvertsOperandsInOrderAndBorrowsTheFieldList) {
         const auto operands = listed(target.oprDefs);
         ASSERT_EQ(count, operands.size());
         for (std::size_t i = 0; i < count; ++i) {
-            EXPECT_EQ(72u, heap::sizeOf(operands[i]));
-            expectHeader(operands[i]->header, "OPRX", 72);
+            EXPECT_EQ(sizeof(OprDefX), heap::sizeOf(operands[i]));
+            expectHeader(operands[i]->header, "OPRX", sizeof(OprDefX));
             expectOperandCarried(source.operands[i], *operands[i]);
         }
         EXPECT_EQ(0, CleanParamsX(target.oprDefs));

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <deque>
@@ -49,7 +50,8 @@ requires std::is_arithmetic_v<T> std::int64_t plain(T value) {
 #define EXPECT_MEMBER(expected, actual, member) \
     EXPECT_EQ(plain((expected).member), plain((actual).member)) << #member
 
-inline void expectHeader(const BlockHeader& header, std::string_view eyeCatcher, unsigned length) {
+inline void expectHeader(const BlockHeader& header, std::string_view eyeCatcher,
+                         std::size_t length) {
     EXPECT_EQ(eyeCatcher, std::string_view(header.eyeCatcher, sizeof header.eyeCatcher));
     EXPECT_EQ(21, header.version);
     EXPECT_EQ(length, header.length);

@@ -3,22 +3,13 @@
 #include <climits>
 
 #include "ctrlblk/records.h"
+#include "slow/field_walk.h"
 
 namespace {
 
 class References : public HeapTest {};
 
-// One step for each count below `position`. The address beyond the last record is as far as it
-// goes.
-FieldDefX* walk(FieldDefX* first, std::int16_t position) {
-    FieldDefX* at = first;
-    for (int step = 0; step < position; ++step) {
-        if (!at) continue;
-        if (!at->link) return at + 1;
-        at = at->link;
-    }
-    return at;
-}
+using slow::walk;
 
 void expectWalked(std::size_t fieldCount, const std::vector<int>& positions) {
     Request request(fieldCount, positions);

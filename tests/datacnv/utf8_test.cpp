@@ -2,38 +2,11 @@
 #include <string>
 
 #include "datacnv/outcome.h"
+#include "slow/utf8.h"
 
 namespace {
 
-struct Row {
-    int first, last;  // of the lead byte
-    int length;
-    int secondFirst, secondLast;
-};
-
-// The well-formed byte sequences, as the Unicode standard tabulates them.
-const Row kWellFormed[] = {
-    {0x00, 0x7F, 1, 0, 0},       {0xC2, 0xDF, 2, 0x80, 0xBF}, {0xE0, 0xE0, 3, 0xA0, 0xBF},
-    {0xE1, 0xEC, 3, 0x80, 0xBF}, {0xED, 0xED, 3, 0x80, 0x9F}, {0xEE, 0xEF, 3, 0x80, 0xBF},
-    {0xF0, 0xF0, 4, 0x90, 0xBF}, {0xF1, 0xF3, 4, 0x80, 0xBF}, {0xF4, 0xF4, 4, 0x80, 0x8F},
-};
-
-// The character that the bytes are, or -1 when they are not exactly one.
-int32_t character(const uint8_t* bytes, int length) {
-    for (const Row& row : kWellFormed) {
-        if (bytes[0] < row.first || bytes[0] > row.last) continue;
-        if (length != row.length) return -1;
-        if (length == 1) return bytes[0];
-        if (bytes[1] < row.secondFirst || bytes[1] > row.secondLast) return -1;
-        int32_t c = length == 2 ? bytes[0] % 32 : length == 3 ? bytes[0] % 16 : bytes[0] % 8;
-        for (int i = 1; i < length; ++i) {
-            if (bytes[i] / 64 != 2) return -1;
-            c = c * 64 + bytes[i] % 64;
-        }
-        return c;
-    }
-    return -1;
-}
+using slow::character;
 
 void expectLikeTable(const uint8_t* bytes, uint32_t length) {
     const CnvOptions options = codePage(1208);

@@ -77,6 +77,12 @@ TEST(WideText, APartialUnitAtTheEndIsLeftOut) {
     }
 }
 
+TEST(WideText, AnEmptyTextNeedsNoSource) {
+    expectText(std::wstring(), [](wchar_t* target, uint32_t capacity, uint32_t* outLen) {
+        return KORVCnvWCharToWVarcharSz(nullptr, &kNoLength, target, capacity, outLen, nullptr);
+    });
+}
+
 TEST(WideText, NegativeLengthsAreRefused) {
     for (int16_t bytes : {-1, -4, -32768}) {
         expectFailure<wchar_t>(CNV_BAD_LENGTH, 4, variableWide(L"abc", bytes, 0));

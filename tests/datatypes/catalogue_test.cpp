@@ -5,59 +5,15 @@
 #include <cstring>
 
 #include "korv/datatypes.h"
+#include "slow/catalogue.h"
 #include "support/fenced.h"
 
 namespace {
 
-constexpr uint32_t kUntouched = 0xABCDEF01;
-
-struct Row {
-    int16_t code;
-    const char* name;       // null: the catalogue has none
-    uint32_t perCharacter;  // bytes for each character of the field length, or 0
-    uint32_t bytes;         // constant bytes where perCharacter is 0
-    int32_t lengthStatus;
-    uint32_t textLength;
-    bool narrow;
-    bool wide;
-};
-
-constexpr Row kRows[] = {
-    {CHAR, "CHAR", 1, 0, 50, kUntouched, true, false},
-    {VARCHAR, "VARCHAR", 1, 0, 50, kUntouched, true, false},
-    {VARCHAR_SZ, "VARCHAR_SZ", 1, 0, 50, kUntouched, true, false},
-    {WCHAR, "WCHAR", 4, 0, 50, kUntouched, false, true},
-    {WVARCHAR, "WVARCHAR", 4, 0, 50, kUntouched, false, true},
-    {WVARCHAR_SZ, "WVARCHAR_SZ", 4, 0, 50, kUntouched, false, true},
-    {LONG_LONG, "LONG_LONG", 0, 8, 0, 21, false, false},
-    {U_LONG_LONG, "U_LONG_LONG", 0, 8, 0, 21, false, false},
-    {INTEGER, "INTEGER", 0, 4, 0, 11, false, false},
-    {U_INTEGER, "U_INTEGER", 0, 4, 0, 11, false, false},
-    {DECIMAL_PACKED, "DECIMAL_PACKED", 0, 16, 0, 42, false, false},
-    {ODBC_DATE, "ODBC_DATE", 0, 12, 0, 50, false, false},
-    {ODBC_TIME, "ODBC_TIME", 0, 12, 0, 50, false, false},
-    {ODBC_TIMESTAMP, "ODBC_TIMESTAMP", 0, 20, 0, 50, false, false},
-    {DATETIME_SZ, "DATETIME_SZ", 0, 50, 65, 50, true, false},
-    {DATETIME_WSZ, "DATETIME_WSZ", 0, 200, 65, 50, false, true},
-    {DOUBLE, "DOUBLE", 0, 8, 0, 32, false, false},
-    {FLOAT, "FLOAT", 0, 4, 0, 32, false, false},
-    {SMALLINT, "SMALLINT", 0, 2, 0, 6, false, false},
-    {USMALLINT, "USMALLINT", 0, 2, 0, 6, false, false},
-    {TINYINT, "TINYINT", 0, 1, 0, 4, false, false},
-    {UTINYINT, "UTINYINT", 0, 1, 0, 4, false, false},
-    {DATETIME_CHAR, "DATETIME_CHAR", 0, 50, 65, 50, true, false},
-    {DATETIME_VARCHAR, "DATETIME_VARCHAR", 0, 50, 65, 50, true, false},
-    {DATETIME_WCHAR, "DATETIME_WCHAR", 0, 200, 65, 50, false, true},
-    {DATETIME_WVARCHAR, "DATETIME_WVARCHAR", 0, 200, 65, 50, false, true},
-    {101, nullptr, 0, 50, 0, 51, false, false},
-};
-
-const Row* find(int code) {
-    for (const Row& row : kRows) {
-        if (row.code == code) return &row;
-    }
-    return nullptr;
-}
+using slow::catalogueRow;
+using slow::CatalogueRow;
+using slow::kCatalogue;
+using slow::kUntouched;
 
 // A field definition and a result, both ending at unreadable pages.
 class CatalogueTest : public testing::Test {
@@ -85,7 +41,7 @@ class CatalogueTest : public testing::Test {
 
 TEST_F(CatalogueTest, EveryCodeHasItsBytesOrStatus49) {
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
-        const Row* row = find(code);
+        const CatalogueRow* row = catalogueRow(code);
         const int32_t status = ask(GetDataTypeBytes, code, 10);
         ASSERT_EQ(row ? 0 : 49, status) << code;
         ASSERT_EQ(!row                ? kUntouched
@@ -98,7 +54,7 @@ TEST_F(CatalogueTest, EveryCodeHasItsBytesOrStatus49) {
 
 TEST_F(CatalogueTest, OnlyTextBytesFollowTheFieldLength) {
     for (uint32_t length : {0u, 1u, 7u, 65536u, 0x3FFFFFFFu, 0x40000001u, 0xFFFFFFFFu}) {
-        for (const Row& row : kRows) {
+        for (const CatalogueRow& row : kCatalogue) {
             ASSERT_EQ(0, ask(GetDataTypeBytes, row.code, length)) << row.code;
             ASSERT_EQ(row.perCharacter ? row.perCharacter * length : row.bytes, result())
                 << row.code << " length " << length;
@@ -116,7 +72,7 @@ TEST_F(CatalogueTest, BytesOfAnEmptyFieldAre48) {
 TEST_F(CatalogueTest, EveryCodeHasItsTextLengthAndStatus) {
     for (uint32_t fieldLength : {0u, 10u, 0xFFFFFFFFu}) {
         for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
-            const Row* row = find(code);
+            const CatalogueRow* row = catalogueRow(code);
             ASSERT_EQ(row ? row->lengthStatus : 49, ask(GetDataTypeLengths, code, fieldLength))
                 << code;
             ASSERT_EQ(row ? row->textLength : kUntouched, result()) << code;
@@ -126,7 +82,7 @@ TEST_F(CatalogueTest, EveryCodeHasItsTextLengthAndStatus) {
 
 TEST(CatalogueNameTest, EveryCodeHasItsNameOrNone) {
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
-        const Row* row = find(code);
+        const CatalogueRow* row = catalogueRow(code);
         const char* expected = row ? row->name : nullptr;
         if (code == 11) expected = "11";
         if (code == 12) expected = "12";
@@ -140,7 +96,7 @@ TEST(CatalogueNameTest, ANameIsConstantText) {
 
 TEST(CataloguePredicateTest, ZeroMeansYesForNarrowText) {
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
-        const Row* row = find(code);
+        const CatalogueRow* row = catalogueRow(code);
         ASSERT_EQ(row && row->narrow ? 0 : -1, KORV_IsCharacterDatatype(static_cast<int16_t>(code)))
             << code;
     }
@@ -148,7 +104,7 @@ TEST(CataloguePredicateTest, ZeroMeansYesForNarrowText) {
 
 TEST(CataloguePredicateTest, ZeroMeansYesForWideText) {
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
-        const Row* row = find(code);
+        const CatalogueRow* row = catalogueRow(code);
         ASSERT_EQ(row && row->wide ? 0 : -1,
                   KORV_IsWideCharacterDatatype(static_cast<int16_t>(code)))
             << code;

@@ -5,16 +5,12 @@
 #include <random>
 
 #include "korv/datatypes.h"
+#include "slow/digit_count.h"
 #include "support/fenced.h"
 
 namespace {
 
-template <class T>
-uint32_t countByDivision(T value) {
-    uint32_t digits = 0;
-    for (; value != 0; value /= 10) ++digits;
-    return digits;
-}
+using slow::countByDivision;
 
 template <class T, class Count>
 void compare(Count count, T value, Fenced<uint32_t>& counter) {

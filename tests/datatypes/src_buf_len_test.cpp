@@ -5,53 +5,13 @@
 #include <string>
 
 #include "datatypes/value_records.h"
+#include "slow/source_values.h"
 
 namespace {
 
-enum class Rule { none, kept, prefix, narrowText, wideText, constant };
-
-struct Row {
-    int16_t code;
-    Rule rule;
-    int32_t bytes;
-};
-
-constexpr Row kRows[] = {
-    {CHAR, Rule::kept, 0},
-    {VARCHAR, Rule::prefix, 0},
-    {VARCHAR_SZ, Rule::narrowText, 0},
-    {WCHAR, Rule::kept, 0},
-    {WVARCHAR, Rule::prefix, 0},
-    {WVARCHAR_SZ, Rule::wideText, 0},
-    {LONG_LONG, Rule::constant, 8},
-    {U_LONG_LONG, Rule::constant, 8},
-    {INTEGER, Rule::constant, 4},
-    {U_INTEGER, Rule::constant, 4},
-    {DECIMAL_PACKED, Rule::kept, 0},
-    {ODBC_DATE, Rule::constant, 12},
-    {ODBC_TIME, Rule::constant, 12},
-    {ODBC_TIMESTAMP, Rule::constant, 20},
-    {DATETIME_SZ, Rule::narrowText, 0},
-    {DATETIME_WSZ, Rule::wideText, 0},
-    {DOUBLE, Rule::constant, 8},
-    {FLOAT, Rule::constant, 4},
-    {SMALLINT, Rule::constant, 2},
-    {USMALLINT, Rule::constant, 2},
-    {TINYINT, Rule::constant, 1},
-    {UTINYINT, Rule::constant, 1},
-    {DATETIME_CHAR, Rule::kept, 0},
-    {DATETIME_VARCHAR, Rule::prefix, 0},
-    {DATETIME_WCHAR, Rule::kept, 0},
-    {DATETIME_WVARCHAR, Rule::prefix, 0},
-    {101, Rule::kept, 0},
-};
-
-Row find(int code) {
-    for (const Row& row : kRows) {
-        if (row.code == code) return row;
-    }
-    return {static_cast<int16_t>(code), Rule::none, 0};
-}
+using slow::LengthRow;
+using slow::lengthRow;
+using slow::Rule;
 
 constexpr int32_t kLengths[] = {INT32_MIN, -65537, -65536, -65535, -32768, -1,
                                 0,         1,      12,     99,     65536,  INT32_MAX};
@@ -61,7 +21,7 @@ TEST(SrcBufLenTest, EveryCodeFollowsItsRule) {
     Fenced<wchar_t> data{0x01010105, 0x01010101, 0x01010101, 0};
     FencedRecord value;
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
-        const Row row = find(code);
+        const LengthRow row = lengthRow(code);
         for (int32_t length : kLengths) {
             const bool reads =
                 length <= 0 && (row.rule == Rule::prefix || row.rule == Rule::narrowText ||

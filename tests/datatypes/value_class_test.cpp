@@ -5,41 +5,11 @@
 #include <vector>
 
 #include "datatypes/value_records.h"
+#include "slow/source_values.h"
 
 namespace {
 
-int32_t expectedClass(int code) {
-    switch (code) {
-        case CHAR:
-        case VARCHAR:
-        case VARCHAR_SZ:
-        case WCHAR:
-        case WVARCHAR:
-        case WVARCHAR_SZ:
-        case DATETIME_SZ:
-        case DATETIME_WSZ:
-        case DATETIME_CHAR:
-        case DATETIME_VARCHAR:
-        case DATETIME_WCHAR:
-        case DATETIME_WVARCHAR:
-            return 74;
-        case LONG_LONG:
-        case U_LONG_LONG:
-        case INTEGER:
-        case U_INTEGER:
-        case DECIMAL_PACKED:
-        case DOUBLE:
-        case FLOAT:
-        case SMALLINT:
-        case USMALLINT:
-        case TINYINT:
-        case UTINYINT:
-        case 101:
-            return 75;
-        default:
-            return -1;
-    }
-}
+using slow::expectedClass;
 
 class ValueClassTest : public testing::Test {
   protected:

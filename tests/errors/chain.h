@@ -47,6 +47,17 @@ class ChainTest : public HeapTest {
     ErrorAnchor* anchor = nullptr;
 };
 
+// Bytes of a record, in the floating point that defines them; and bytes that are accounted when it
+// is opened.
+inline std::uint32_t recordBytes(std::int16_t slotCount) {
+    const double slots = slotCount > 1 ? slotCount : 1;
+    return static_cast<std::uint32_t>((slots - 1) * sizeof(TokenSlot) + sizeof(ErrorRecord));
+}
+inline std::uint32_t openedBytes(std::int16_t slotCount) {
+    const auto slots = static_cast<std::uint32_t>(slotCount);
+    return recordBytes(slotCount) + slots * static_cast<std::uint32_t>(sizeof(TokenSlot));
+}
+
 // Any slot of a record, those behind its first one included.
 inline TokenSlot& slotOf(ErrorRecord* record, std::size_t index) {
     return (&record->tokenSlots[0])[index];

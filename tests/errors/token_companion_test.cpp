@@ -65,6 +65,7 @@ class TokenCompanion : public ChainTest {
     // Neither the capacity that was told nor anything the companion may write is outside the block.
     void expectInsideTheBlock() {
         EXPECT_LE(companion::last.capacity, heap::sizeOf(slotOf(record, 0).text));
+        EXPECT_LE(sizeof(wchar_t), heap::sizeOf(slotOf(record, 0).text)) << "cannot end a text";
         EXPECT_EQ(companion::last.target, slotOf(record, 0).text);
     }
 

@@ -89,7 +89,7 @@ TEST_F(TokenSlots, AreReachedThroughTheBlock) {
     ASSERT_EQ(0, TokenCapture(&block, "abc", CHAR, KORV_TOKID_PARMKEY, 2));
     EXPECT_EQ(54u, slotOf(record, 0).tokenId);
     EXPECT_STREQ(L"ab", slotOf(record, 0).text);
-    EXPECT_EQ(56u + 12, anchor->currentSize);
+    EXPECT_EQ(openedBytes(2) + 12, anchor->currentSize);
     EXPECT_EQ(3, TokenCapture(&block, "abc", DOUBLE, KORV_TOKID_CODEPAGE, 2));
     EXPECT_EQ(90u, slotOf(record, 1).tokenId);
 }
@@ -107,7 +107,7 @@ TEST_F(TokenSlots, UnderIdentifierZeroStayUnused) {
     EXPECT_STREQ(L"111", text);
     EXPECT_NE(0u, heap::sizeOf(text));
     std::free(text);
-    EXPECT_EQ(56u + 2 * 16, anchor->currentSize);
+    EXPECT_EQ(openedBytes(2) + 2 * 16, anchor->currentSize);
 }
 
 TEST_F(TokenSlots, AcceptOneTokenMoreThanTheirNumber) {
@@ -157,8 +157,8 @@ TEST_F(TokenSlots, AreUsedUpByFailedCaptures) {
     heap::failAt(1);
     EXPECT_EQ(-1, TokenCaptureEAB(anchor, &number, INTEGER, 13, 0));
     heap::failAt(0);
-    EXPECT_EQ(88u, anchor->currentSize);
-    EXPECT_EQ(88u, anchor->largestSize);
+    EXPECT_EQ(openedBytes(4), anchor->currentSize);
+    EXPECT_EQ(openedBytes(4), anchor->largestSize);
     EXPECT_EQ(0, TokenCaptureEAB(anchor, &number, INTEGER, 14, 0));
     for (std::uint32_t i = 0; i < 4; ++i) EXPECT_EQ(11 + i, slotOf(record, i).tokenId);
     for (std::uint32_t i = 0; i < 3; ++i) EXPECT_EQ(nullptr, slotOf(record, i).text);

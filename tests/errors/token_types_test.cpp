@@ -47,8 +47,8 @@ TEST_F(TokenTypes, OfNoTextFormAreRefused) {
         ASSERT_EQ(nullptr, slotOf(record, 0).text);
     }
     EXPECT_EQ(0u, heap::allocations());
-    EXPECT_EQ(40u, anchor->currentSize);
-    EXPECT_EQ(40u, anchor->largestSize);
+    EXPECT_EQ(openedBytes(1), anchor->currentSize);
+    EXPECT_EQ(openedBytes(1), anchor->largestSize);
 }
 
 TEST_F(TokenTypes, WithATextFormNeedMemoryForIt) {
@@ -70,8 +70,8 @@ TEST_F(TokenTypes, WithATextFormNeedMemoryForIt) {
             EXPECT_EQ(nullptr, slotOf(record, 0).text);
         }
     }
-    EXPECT_EQ(40u, anchor->currentSize);
-    EXPECT_EQ(40u, anchor->largestSize);
+    EXPECT_EQ(openedBytes(1), anchor->currentSize);
+    EXPECT_EQ(openedBytes(1), anchor->largestSize);
 }
 
 }  // namespace

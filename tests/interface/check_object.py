@@ -1,4 +1,5 @@
-"""Compares a built object with what it promises: exported symbols, names, libraries, safe segments."""
+"""Compares a built object with what it promises: exported symbols, names, libraries, the age of libc,
+safe segments."""
 
 import argparse
 import re
@@ -40,6 +41,12 @@ def exported(path):
     return symbols
 
 
+def libc_versions(path):
+    """The versions of libc's symbols that the object needs, as tuples of numbers."""
+    found = re.findall(r"\bName: GLIBC_([\d.]+)", readelf("-V", path))
+    return {tuple(int(part) for part in version.split(".")) for version in found}
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("object")
@@ -47,6 +54,7 @@ def main():
     parser.add_argument("--soname")
     parser.add_argument("--needed", nargs="*", default=[], help="libraries that must be needed")
     parser.add_argument("--allowed", nargs="*", default=[], help="further ones that may be")
+    parser.add_argument("--libc", help="the newest version of libc whose symbols may be needed")
     options = parser.parse_args()
     faults = []
 
@@ -67,6 +75,13 @@ def main():
         faults.append(f"needs {name}")
     for name in sorted(set(options.needed) - needed):
         faults.append(f"does not need {name}")
+    if options.libc:
+        newest = tuple(int(part) for part in options.libc.split("."))
+        needs = libc_versions(options.object)
+        for version in sorted(version for version in needs if version > newest):
+            faults.append(f"needs libc {'.'.join(map(str, version))}")
+        if not needs:
+            faults.append("needs no version of libc")
     if "TEXTREL" in dynamic:
         faults.append("has relocations in its text")
 

@@ -1,22 +1,35 @@
-/* A C compiler lays the public records out as the modules of the framework expect, byte by byte. */
+/* A C compiler lays the public records out as the modules of the framework expect: byte by byte on
+ * 32 bits, and everywhere with the members in order, each where its alignment lets it begin. */
 #include <stddef.h>
 #include <stdio.h>
 
 #include "korv/datacnv.h"
 #include "korv/korv.h"
 
+enum RowKind { recordRow, memberRow, otherRow };
+
+#define MEMBER(record, member) (((record*)0)->member)
 #define SIZE(record, bytes) \
-    { #record, sizeof(record), bytes }
-#define AT(record, member, offset) \
-    { #record "." #member, offsetof(record, member), offset }
+    { recordRow, #record, sizeof(record), bytes, 0, 1 }
+#define AT(record, member, offset)                                             \
+    {                                                                          \
+        memberRow, #record "." #member, offsetof(record, member), offset,      \
+            sizeof MEMBER(record, member), __alignof__(MEMBER(record, member)) \
+    }
+#define INSIDE(record, member, offset) \
+    { otherRow, #record "." #member, offsetof(record, member), offset, 0, 1 }
 /* Records of one layout: the last member tells where the whole ends. */
 #define BYTES(record, member, bytes) \
-    { "size of " #record "." #member, sizeof(((record*)0)->member), bytes }
+    { otherRow, "size of " #record "." #member, sizeof MEMBER(record, member), bytes, 0, 1 }
 
+/* What is found, and what is expected on 32 bits. The members of a record follow it in order. */
 static const struct {
+    enum RowKind kind;
     const char* what;
     size_t found;
     size_t expected;
+    size_t size;
+    size_t alignment;
 } rows[] = {
     SIZE(BlockHeader, 8),
     AT(BlockHeader, eyeCatcher, 0),
@@ -140,8 +153,8 @@ static const struct {
 
     SIZE(TextDesc, 12),
     AT(TextDesc, head, 0),
-    AT(TextDesc, head.wideText, 0),
-    AT(TextDesc, head.flag, 0),
+    INSIDE(TextDesc, head.wideText, 0),
+    INSIDE(TextDesc, head.flag, 0),
     AT(TextDesc, codePage, 4),
     AT(TextDesc, narrowText, 8),
 
@@ -166,8 +179,8 @@ static const struct {
     AT(ParamDesc, valueKind, 24),
     AT(ParamDesc, valueLen, 28),
     AT(ParamDesc, value, 32),
-    AT(ParamDesc, value.number, 32),
-    AT(ParamDesc, value.text, 32),
+    INSIDE(ParamDesc, value.number, 32),
+    INSIDE(ParamDesc, value.text, 32),
 
     SIZE(PrvDesc, 36),
     AT(PrvDesc, reserved1, 0),
@@ -262,14 +275,39 @@ static const struct {
     BYTES(ValueRecord, secondFlag, 1),
 };
 
+static const size_t rowCount = sizeof rows / sizeof rows[0];
+
+static int expect(const char* what, size_t found, size_t expected) {
+    if (found == expected) return 0;
+    fprintf(stderr, "%s is %u, expected %u\n", what, (unsigned)found, (unsigned)expected);
+    return 1;
+}
+
+static size_t roundedUp(size_t bytes, size_t alignment) {
+    return (bytes + alignment - 1) / alignment * alignment;
+}
+
+/* Walks the members behind the record in row `at`. */
+static int faultsOfOrder(size_t at) {
+    size_t end = 0, alignment = 1, i;
+    int faults = 0;
+    for (i = at + 1; i < rowCount && rows[i].kind != recordRow; ++i) {
+        if (rows[i].kind != memberRow) continue;
+        faults += expect(rows[i].what, rows[i].found, roundedUp(end, rows[i].alignment));
+        end = rows[i].found + rows[i].size;
+        if (rows[i].alignment > alignment) alignment = rows[i].alignment;
+    }
+    /* A record without rows of its members has another name with them. */
+    return end == 0 ? faults
+                    : faults + expect(rows[at].what, rows[at].found, roundedUp(end, alignment));
+}
+
 int main(void) {
     int faults = 0;
     size_t i;
-    for (i = 0; i < sizeof rows / sizeof rows[0]; ++i) {
-        if (rows[i].found == rows[i].expected) continue;
-        ++faults;
-        fprintf(stderr, "%s is %u, expected %u\n", rows[i].what, (unsigned)rows[i].found,
-                (unsigned)rows[i].expected);
+    for (i = 0; i < rowCount; ++i) {
+        if (sizeof(void*) == 4) faults += expect(rows[i].what, rows[i].found, rows[i].expected);
+        if (rows[i].kind == recordRow) faults += faultsOfOrder(i);
     }
     return faults != 0;
 }

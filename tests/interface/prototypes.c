@@ -4,8 +4,9 @@
 #include "korv/datacnv.h"
 #include "korv/korv.h"
 
-#define FUNCTION(name, result, arguments) static result(*const check_##name) arguments = name;
-#define OBJECT(name, type, count) static const type(*const check_##name)[count] = &name;
+/* NOLINTNEXTLINE(bugprone-macro-parentheses): parameter types take none */
+#define FUNCTION(name, result, arguments) static result(*const check_##name) arguments = (name);
+#define OBJECT(name, type, count) static const type(*const check_##name)[count] = &(name);
 
 /* clang-format off */
 

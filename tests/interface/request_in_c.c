@@ -19,7 +19,7 @@
 #define CODE_PAGE_WINDOWS 1252
 #define CODE_PAGE_UTF8 1208
 
-static int headerIs(const BlockHeader* header, const char* eyeCatcher, int length) {
+static int headerIs(const BlockHeader* header, const char* eyeCatcher, size_t length) {
     return memcmp(header->eyeCatcher, eyeCatcher, 4) == 0 && header->version == 21 &&
            header->length == length;
 }
@@ -79,7 +79,7 @@ static void describe(Request* request) {
 static void describeProvider(void) {
     PrvDesc provider;
     PrvRecord record;
-    char first[8], second[8];
+    char first[8] = "", second[8] = "";
     void* texts[2];
 
     memset(&provider, 0, sizeof provider);
@@ -119,16 +119,16 @@ static void convert(Request* request) {
     CHECK(block->errorAnchor && request->blockX && request->serviceX);
 
     CHECK(KORVCnvCtrlBlkFromIToX(block, request->blockX) == 0);
-    CHECK(headerIs(&request->blockX->header, "BLKX", 56));
+    CHECK(headerIs(&request->blockX->header, "BLKX", sizeof(CtrlBlkX)));
     CHECK(request->blockX->blkAttr5 == 55 && request->blockX->blkValue3 == 33);
-    CHECK(headerIs(&request->blockX->fieldDefs->header, "FLDX", 52));
+    CHECK(headerIs(&request->blockX->fieldDefs->header, "FLDX", sizeof(FieldDefX)));
     CHECK(request->blockX->fieldDefs->wideText == request->fields[0].wideText);
     CHECK(request->blockX->fieldRefs.fieldDef == request->blockX->fieldDefs->link);
     CHECK(request->blockX->fieldRefs.link->fieldDef == request->blockX->fieldDefs);
 
     CHECK(KORVCnvSvcDefFromIToX(request->blockX, &request->service, request->serviceX) == 0);
-    CHECK(headerIs(&request->serviceX->header, "SVCX", 28));
-    CHECK(headerIs(&request->serviceX->oprDefs->header, "OPRX", 72));
+    CHECK(headerIs(&request->serviceX->header, "SVCX", sizeof(SvcDefX)));
+    CHECK(headerIs(&request->serviceX->oprDefs->header, "OPRX", sizeof(OprDefX)));
     CHECK(request->serviceX->svcValue == 99 && request->serviceX->oprDefs->oprCode == 7);
     CHECK(request->serviceX->fieldDefs == request->blockX->fieldDefs);
 }
@@ -173,25 +173,27 @@ static void report(const CtrlBlkI* block) {
     const FieldDefI* field = block->fieldDefs;
     const int32_t rows = -42, zero = 0;
     const double real = 1.5;
+    const size_t opened = sizeof(ErrorRecord), slot = sizeof(TokenSlot);
     wchar_t text[200] = L"";
     size_t at = 0;
 
     CHECK(ErrorCapture(block, 8, 9, 4) == 0);
-    CHECK(anchor->currentSize == 56 + 32);
+    CHECK(anchor->currentSize == opened + 7 * slot);
     CHECK(TokenCapture(block, field->wideText, WVARCHAR_SZ, KORV_TOKID_COLNAME, 0) == 0);
     CHECK(TokenCapture(block, &rows, INTEGER, KORV_TOKID_ROW_COUNT, 0) == 0);
     CHECK(TokenCapture(block, NULL, VARCHAR, KORV_TOKID_SRCDATA, 0) == 0);
     CHECK(TokenCapture(block, &real, DOUBLE, KORV_TOKID_SEED, 0) == KORV_TOKEN_BAD_TYPE);
     CHECK(TokenCapture(block, &rows, INTEGER, KORV_TOKID_COUNT, 0) == KORV_TOKEN_BAD_ID);
-    CHECK(anchor->currentSize == 88 + 20 + 16 + 28);
+    CHECK(anchor->currentSize == opened + 7 * slot + 20 + 16 + 28);
     CHECK(ErrorCapture(block, 1, 2, 1) == 0);
     CHECK(TokenCapture(block, &zero, INTEGER, KORV_TOKID_KEY, 0) == 0);
-    CHECK(anchor->currentSize == 40 + 4 && anchor->largestSize == 152);
+    CHECK(anchor->currentSize == opened + slot + 4);
+    CHECK(anchor->largestSize == opened + 7 * slot + 20 + 16 + 28);
     CHECK(anchor->recordCount == 2);
 
     for (record = anchor->head; record; record = record->next) {
         int i;
-        CHECK(headerIs(&record->header, "ECBD", 32));
+        CHECK(headerIs(&record->header, "ECBD", sizeof(ErrorRecord)));
         at += (size_t)swprintf(text + at, 200 - at, L"%u/%u: ", (unsigned)record->firstCode,
                                (unsigned)record->secondCode);
         for (i = 0; i < record->tokenSlotCount; ++i) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "korv/numeric.h"
+#include "slow/digit_fields.h"
 #include "support/fenced.h"
 
 namespace {
@@ -31,25 +32,7 @@ struct NumToLongW {
     static constexpr auto& read = PXNumToLongW;
 };
 
-// Whether the field is a number, and which.
-template <class Char>
-bool literallyRead(const Char* field, int digits, int width, int32_t& value) {
-    uint32_t number = 0;
-    digits = std::max(digits, 0);
-    for (int i = 0; i < digits; ++i) {
-        const int32_t code = field[i];  // a narrow character is signed
-        if (code < 0x30 || code > 0x39) return false;
-        number = number * 10 + static_cast<uint32_t>(code - 0x30);
-    }
-    for (int i = 0; i < width - digits; ++i) {
-        if (i > 256) return false;
-        const Char wanted = i < 256 ? 0x20 : 0;
-        if (field[digits + i] != wanted) return false;
-        if (sizeof(Char) == sizeof(wchar_t) && wanted == 0) break;
-    }
-    value = static_cast<int32_t>(number);
-    return true;
-}
+using slow::readField;
 
 template <class Reader>
 class DigitFieldsReadTest : public testing::Test {
@@ -68,7 +51,7 @@ class DigitFieldsReadTest : public testing::Test {
     }
     void compareAt(const Char* field, int digits, int width) {
         int32_t expected = kUntouched;
-        const bool isNumber = literallyRead(field, digits, width, expected);
+        const bool isNumber = readField(field, digits, width, expected);
         EXPECT_EQ(isNumber ? 0 : -1, read(field, digits, width)) << digits << " of " << width;
         ASSERT_EQ(expected, value_[0]) << digits << " of " << width;
     }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "korv/numeric.h"
+#include "slow/digit_fields.h"
 #include "support/fenced.h"
 
 namespace {
@@ -35,16 +36,7 @@ struct IntToNumW {
     static constexpr auto& write = PXIntToNumW;
 };
 
-// The field by plain division; what is left of the value is left in `value`.
-template <class Char>
-std::basic_string<Char> divided(int32_t& value, int width) {
-    std::basic_string<Char> field(static_cast<std::size_t>(width), Char{});
-    for (int i = width - 1; i >= 0; --i) {
-        field[static_cast<std::size_t>(i)] = static_cast<Char>(0x30 + value % 10);
-        value /= 10;
-    }
-    return field;
-}
+using slow::divided;
 
 std::vector<int32_t> edgeValues() {
     std::vector<int32_t> values = {INT32_MIN, INT32_MIN + 1, INT32_MAX, INT32_MAX - 1};

@@ -10,10 +10,21 @@
 
 using Bytes = std::vector<unsigned char>;
 
-enum class Shape { equal, sorted, reversed, organPipe, random, fewDistinct, sawtooth, lastOut };
-inline constexpr Shape allShapes[] = {Shape::equal,     Shape::sorted, Shape::reversed,
-                                      Shape::organPipe, Shape::random, Shape::fewDistinct,
-                                      Shape::sawtooth,  Shape::lastOut};
+enum class Shape {
+    equal,
+    sorted,
+    reversed,
+    organPipe,
+    random,
+    fewDistinct,
+    sawtooth,
+    lastOut,
+    lastGreater,
+    lastSmaller
+};
+inline constexpr Shape allShapes[] = {
+    Shape::equal,       Shape::sorted,   Shape::reversed, Shape::organPipe,   Shape::random,
+    Shape::fewDistinct, Shape::sawtooth, Shape::lastOut,  Shape::lastGreater, Shape::lastSmaller};
 
 inline uint32_t keyOf(Shape shape, uint32_t i, uint32_t count, std::mt19937& random) {
     switch (shape) {
@@ -33,6 +44,11 @@ inline uint32_t keyOf(Shape shape, uint32_t i, uint32_t count, std::mt19937& ran
             return i % 11;
         case Shape::lastOut:
             return i + 1 == count ? 0 : i + 1;
+        // Equal ones but for the last: nothing waits on either side of the pivot.
+        case Shape::lastGreater:
+            return i + 1 == count ? 2 : 1;
+        case Shape::lastSmaller:
+            return i + 1 == count ? 0 : 1;
     }
     return 0;
 }

@@ -3,6 +3,9 @@
 //
 // It takes the place of malloc, calloc, realloc and free in the whole test program, but looks only
 // at calls that come from libKORVSupport and libKORVDataCnvLib.
+//
+// With KORV_HEAP_LEAVES_BLOCKS in the environment blocks stay as the system gives them: a tool that
+// knows which bytes have been written would take the rubbish for such.
 #pragma once
 
 #include <gtest/gtest.h>

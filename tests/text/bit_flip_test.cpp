@@ -4,20 +4,12 @@
 #include <vector>
 
 #include "korv/text.h"
+#include "slow/bit_flip.h"
 #include "text/places.h"
 
 namespace {
 
-void reference(uint8_t* target, const uint8_t* source, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        target[i] = 0;
-        for (unsigned bit = 0; bit < 8; ++bit) {
-            if (source[i] & (0x80u >> bit)) {
-                target[i] = static_cast<uint8_t>(target[i] | 1u << bit);
-            }
-        }
-    }
-}
+using slow::flipBits;
 
 std::vector<uint8_t> draw(std::size_t count, std::mt19937& random) {
     std::vector<uint8_t> bytes(count);
@@ -28,7 +20,7 @@ std::vector<uint8_t> draw(std::size_t count, std::mt19937& random) {
 TEST(BitFlip, EveryByte) {
     std::vector<uint8_t> source(256), target(256, 0xAA), expected(256);
     for (int i = 0; i < 256; ++i) source[static_cast<std::size_t>(i)] = static_cast<uint8_t>(i);
-    reference(expected.data(), source.data(), 256);
+    flipBits(expected.data(), source.data(), 256);
     RTBITFIELD_FLIP(target.data(), source.data(), 256);
     EXPECT_EQ(expected, target);
     EXPECT_EQ(0x80, target[0x01]);
@@ -53,7 +45,7 @@ TEST(BitFlip, EveryLengthAtEveryPlace) {
         const auto count = static_cast<uint32_t>(length);
         const std::vector<uint8_t> bytes = draw(count, random);
         std::vector<uint8_t> expected(count);
-        reference(expected.data(), bytes.data(), count);
+        flipBits(expected.data(), bytes.data(), count);
         atEveryPlace<uint8_t>(count, [&](uint8_t* source) {
             std::copy(bytes.begin(), bytes.end(), source);
             Fenced<uint8_t> last(count);
@@ -92,7 +84,7 @@ TEST(BitFlip, OverlappingRanges) {
         for (std::ptrdiff_t shift = -72; shift <= 72; ++shift) {
             const std::vector<uint8_t> bytes = draw(count + 2 * margin, random);
             std::vector<uint8_t> expected = bytes, flipped = bytes;
-            reference(expected.data() + margin + shift, expected.data() + margin, count);
+            flipBits(expected.data() + margin + shift, expected.data() + margin, count);
             RTBITFIELD_FLIP(flipped.data() + margin + shift, flipped.data() + margin, count);
             ASSERT_EQ(expected, flipped) << count << " bytes, target " << shift << " further";
         }
@@ -104,7 +96,7 @@ TEST(BitFlip, LongOverlappingRanges) {
     for (std::ptrdiff_t shift = -40; shift <= 40; ++shift) {
         const std::vector<uint8_t> bytes = draw(5000, random);
         std::vector<uint8_t> expected = bytes, flipped = bytes;
-        reference(expected.data() + 50 + shift, expected.data() + 50, 4900);
+        flipBits(expected.data() + 50 + shift, expected.data() + 50, 4900);
         RTBITFIELD_FLIP(flipped.data() + 50 + shift, flipped.data() + 50, 4900);
         ASSERT_EQ(expected, flipped) << shift;
     }

@@ -5,18 +5,13 @@
 #include <vector>
 
 #include "korv/text.h"
+#include "slow/byte_order.h"
 #include "text/places.h"
 
 namespace {
 
-template <class Unit>
-Unit swapped(Unit value) {
-    Unit result = 0;
-    for (std::size_t i = 0; i < sizeof(Unit); ++i) {
-        result = static_cast<Unit>(result << 8 | (value >> 8 * i & 0xFF));
-    }
-    return result;
-}
+using slow::swapped;
+using slow::swapUnits;
 
 template <class Unit>
 struct Swaps;
@@ -46,15 +41,6 @@ class SwapStrings : public testing::Test {
         }
         return units;
     }
-
-    // One unit at a time, the count tested before the unit.
-    static void reference(std::vector<Unit>& units, int64_t bytes) {
-        int64_t done = 0;
-        for (std::size_t i = 0; done < bytes && units[i] != 0; ++i) {
-            units[i] = swapped(units[i]);
-            done += sizeof(Unit);
-        }
-    }
 };
 using Units = testing::Types<uint16_t, uint32_t>;
 TYPED_TEST_SUITE(SwapStrings, Units);
@@ -64,7 +50,7 @@ TYPED_TEST(SwapStrings, TheWholeStringIsSwappedAtEveryLengthAndPlace) {
         std::vector<TypeParam> units = this->draw(length);
         units.push_back(0);
         std::vector<TypeParam> expected = units;
-        this->reference(expected, INT64_MAX);
+        swapUnits(expected.data(), INT64_MAX);
         atEveryPlace<TypeParam>(units.size(), [&](TypeParam* place) {
             std::copy(units.begin(), units.end(), place);
             ASSERT_EQ(place, Swaps<TypeParam>::whole(place));
@@ -78,7 +64,7 @@ TYPED_TEST(SwapStrings, NothingBehindTheTerminatorIsSwapped) {
         std::vector<TypeParam> units = this->draw(length + 1 + 20);
         units[length] = 0;
         std::vector<TypeParam> expected = units;
-        this->reference(expected, INT64_MAX);
+        swapUnits(expected.data(), INT64_MAX);
         std::vector<TypeParam> whole = units;
         Swaps<TypeParam>::whole(whole.data());
         ASSERT_EQ(expected, whole);
@@ -96,7 +82,7 @@ TYPED_TEST(SwapStrings, ACountEndsBeforeAnUnreadablePage) {
         const std::vector<TypeParam> units = this->draw(static_cast<std::size_t>(length));
         for (int32_t bytes = length * size - size + 1; bytes <= length * size; ++bytes) {
             std::vector<TypeParam> expected = units;
-            this->reference(expected, bytes);
+            swapUnits(expected.data(), bytes);
             atEveryPlace<TypeParam>(units.size(), [&](TypeParam* place) {
                 std::copy(units.begin(), units.end(), place);
                 ASSERT_EQ(place, Swaps<TypeParam>::counted(place, bytes));
@@ -114,7 +100,7 @@ TYPED_TEST(SwapStrings, EveryCountWithEveryLength) {
         Fenced<TypeParam> room(units.size());
         for (int32_t bytes = -5; bytes <= most; ++bytes) {
             std::vector<TypeParam> expected = units;
-            this->reference(expected, bytes);
+            swapUnits(expected.data(), bytes);
             std::copy(units.begin(), units.end(), room.data());
             Swaps<TypeParam>::counted(room.data(), bytes);
             ASSERT_TRUE(std::equal(expected.begin(), expected.end(), room.data()))
@@ -122,7 +108,7 @@ TYPED_TEST(SwapStrings, EveryCountWithEveryLength) {
         }
         for (const int32_t bytes : {INT32_MAX, INT32_MAX - 1, INT32_MAX - 3, INT32_MIN}) {
             std::vector<TypeParam> expected = units;
-            this->reference(expected, bytes);
+            swapUnits(expected.data(), bytes);
             std::copy(units.begin(), units.end(), room.data());
             Swaps<TypeParam>::counted(room.data(), bytes);
             ASSERT_TRUE(std::equal(expected.begin(), expected.end(), room.data())) << bytes;

@@ -8,48 +8,14 @@
 #include <vector>
 
 #include "korv/text.h"
+#include "slow/comparison.h"
 #include "text/locales.h"
 #include "text/places.h"
 
 namespace {
 
-wint_t (*const volatile systemLower)(wint_t) = towlower;
-
-uint32_t lower(wchar_t c) {
-    return systemLower(static_cast<wint_t>(c));
-}
-
-// The slow way, one object for each function and thread.
-struct Reference {
-    uint32_t pair[2] = {0, 0};
-
-    int32_t ended(wchar_t first, wchar_t second) const {
-        if (first == 0 && second == 0) return 0;
-        return static_cast<int32_t>(first == 0 ? 0u - pair[1] : pair[0]);
-    }
-    int32_t compare(const wchar_t* first, const wchar_t* second) {
-        while (*first != 0 && *second != 0) {
-            pair[0] = lower(*first);
-            pair[1] = lower(*second);
-            if (pair[0] != pair[1]) return static_cast<int32_t>(pair[0] - pair[1]);
-            ++first;
-            ++second;
-        }
-        return ended(*first, *second);
-    }
-    int32_t compareCounted(const wchar_t* first, const wchar_t* second, int32_t count) {
-        while (*first != 0 && *second != 0 && count > 0) {
-            pair[0] = lower(*first);
-            pair[1] = lower(*second);
-            if (pair[0] != pair[1]) return static_cast<int32_t>(pair[0] - pair[1]);
-            ++first;
-            ++second;
-            --count;
-        }
-        if (count == 0) return 0;
-        return ended(*first, *second);
-    }
-};
+using slow::Comparison;
+using slow::lower;
 
 // A thread that has compared nothing yet.
 template <class Body>
@@ -150,7 +116,7 @@ TEST(Compare, ThreadsRememberApart) {
 
 TEST(Compare, DifferencesWrapAround) {
     inFreshThread([] {
-        Reference whole, counted;
+        Comparison whole, counted;
         const wchar_t codes[] = {INT32_MIN, INT32_MAX, -1, 1, 'K', 0x110000, 0x212A};
         for (const wchar_t a : codes) {
             for (const wchar_t b : codes) {
@@ -172,7 +138,7 @@ TEST(Compare, EveryPairOfShortTextsInTurn) {
     std::vector<std::wstring> texts;
     forEachText<wchar_t>(L"aAbZ", 3, [&](const std::wstring& text) { texts.push_back(text); });
     inFreshThread([&] {
-        Reference whole, counted;
+        Comparison whole, counted;
         for (const std::wstring& a : texts) {
             Fenced<wchar_t> first((std::wstring_view(a)));
             for (const std::wstring& b : texts) {
@@ -202,7 +168,7 @@ INSTANTIATE_TEST_SUITE_P(Locales, CompareInLocale, testing::ValuesIn(locales::al
                          });
 
 TEST_P(CompareInLocale, EveryCharacterIsLoweredAsTheSystemDoes) {
-    Reference whole, counted;
+    Comparison whole, counted;
     for (int32_t c = 1; c <= 0x110001; ++c) {
         const wchar_t first[] = {c, 0};
         const wchar_t second[] = {static_cast<wchar_t>(towupper(static_cast<wint_t>(c))), 'k', 0};
@@ -216,7 +182,7 @@ TEST_P(CompareInLocale, EveryCharacterIsLoweredAsTheSystemDoes) {
 TEST_P(CompareInLocale, DifferencesAreFoundAtEveryLengthAndPlace) {
     std::mt19937 random(3);
     const wchar_t letters[] = L"aAiIkKzZ\xE4\xC4\x130\x131\x212A\x3C3\x3C2\x10428[@";
-    Reference whole, counted;
+    Comparison whole, counted;
     for (const std::size_t length : everyLength()) {
         if (length == 0) continue;
         std::wstring text(length, L' ');

@@ -6,20 +6,12 @@
 #include <vector>
 
 #include "korv/text.h"
+#include "slow/trim.h"
 #include "text/places.h"
 
 namespace {
 
-// The system's tokeniser says how the source is cut.
-std::vector<wchar_t> cut(std::vector<wchar_t> source, const wchar_t* delimiters,
-                         std::wstring& collected) {
-    wchar_t* state = nullptr;
-    for (wchar_t* piece = std::wcstok(source.data(), delimiters, &state); piece;
-         piece = std::wcstok(nullptr, delimiters, &state)) {
-        collected += piece;
-    }
-    return source;
-}
+using slow::cut;
 
 class Trim : public testing::Test {
   protected:
