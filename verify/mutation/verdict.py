@@ -1,0 +1,73 @@
+"""Whether the results are good enough, and the report."""
+
+from dataclasses import dataclass, field
+
+from explained import Key
+from mutants import Mutant, MutantsOfUnit
+
+AT_LEAST = 98.0  # per cent
+
+
+@dataclass
+class Result:
+    """What became of a unit's mutants."""
+
+    unit: MutantsOfUnit
+    caught: list[Mutant] = field(default_factory=list)
+    survived: list[Mutant] = field(default_factory=list)
+    not_counted: int = 0
+
+    @property
+    def counted(self) -> int:
+        return len(self.caught) + len(self.survived)
+
+    def __str__(self) -> str:
+        return (f"{self.unit.file}: {self.unit.name}: {len(self.caught)} of {self.counted} caught, "
+                f"{self.not_counted} not counted")  # fmt: skip
+
+
+def complaints(results: list[Result], explained: dict[Key, str]) -> list[str]:
+    """Everything that makes the results not good enough, but the share that was caught."""
+    found = [
+        f"survived, and nothing explains it: {mutant}"
+        for result in results
+        for mutant in result.survived
+        if mutant.key not in explained
+    ]
+    found += [
+        f"explained in equivalent.txt, but caught: {mutant}"
+        for result in results
+        for mutant in result.caught
+        if mutant.key in explained
+    ]
+    found += [
+        f"not one mutant of this function counted: {result.unit.file}: {result.unit.name}"
+        for result in results
+        if result.unit.is_function and not result.counted
+    ]
+    return found
+
+
+def outdated(units: list[MutantsOfUnit], explained: dict[Key, str]) -> list[str]:
+    known = {mutant.key for unit in units for mutant in unit.mutants}
+    return ["in equivalent.txt, but no mutant any more: " + "\n".join(key)
+            for key in explained if key not in known]  # fmt: skip
+
+
+def uncovered(units: list[MutantsOfUnit], exports: list[str]) -> list[str]:
+    names = {unit.name for unit in units}
+    return [f"exported, but not in the sources: {name}" for name in exports if name not in names]
+
+
+def figure(results: list[Result], explained: dict[Key, str]) -> tuple[str, bool]:
+    """The line to end with, and whether the share is large enough."""
+    caught = sum(len(result.caught) for result in results)
+    counted = sum(result.counted for result in results)
+    survivors = [mutant for result in results for mutant in result.survived]
+    unexplained = sum(mutant.key not in explained for mutant in survivors)
+    share = 100 * caught / counted if counted else 0
+    line = f"figure: {caught} of {counted} mutants caught ({share:.1f} %)"
+    line += f", {len(survivors) - unexplained} survivors explained"
+    if unexplained:
+        line += f", {unexplained} not"
+    return line, share >= AT_LEAST
