@@ -1,28 +1,26 @@
 /** @file
- * Shared ground of every korv header: linkage, the block header, status codes, conventions.
+ * Shared ground of every korv header: linkage, the block header, status codes, conventions. */
+
+/** @page conventions Conventions
  *
- * Conventions, which hold for every function unless its own comment says otherwise
+ * They hold for every function unless its own comment says otherwise.
  *
- *  1. Results.   A function that can fail returns a signed 32-bit status: 0 is success (and 65 that
- *                of GetDataTypeLengths), every other value is named in KorvStatus. Nothing is
- *                logged and nothing is thrown.
- *  2. Failure.   On failure an output is left as it was. Where members of a record have been
- *                written before the failure, the function's comment says which.
- *  3. Null.      "Empty" means a null pointer. A pointer is tested only where the comment promises
- *                a status for it; every other pointer must be valid.
- *  4. Lengths.   "Bytes" are bytes, "characters" are units of the text at hand: 1 byte in narrow
- *                text, 4 bytes (wchar_t) in wide text. A length passed with a buffer is trusted.
- *  5. Ownership. The caller owns what it passes. Records, texts and buffers that the library
- *                allocates are blocks of the process heap; the comment names the function that
- *                releases them, or says that the caller uses free().
- *  6. Threads.   The library has no threads and no locks. Every function may run in any number of
- *                threads at once on distinct records and buffers, except KORVRandomValue.
- *  7. Stack.     Every function may be entered with a stack that is aligned to 4 bytes only, and
- *                in a thread with the smallest stack of all, 16 KiB.
- *  8. Locale.    The library never sets one. Functions that follow the host's locale say so.
- *  9. Word size. Sizes of records in these comments are those of 32-bit x86, for which the library
- *                is made. Built for 64 bits, records keep their members in order with natural
- *                alignment, and header lengths and the sizes that ErrorAnchor accounts follow.
+ *  1. **Results.** A function that can fail returns a signed 32-bit status: 0 is success (and 65
+ *     that of GetDataTypeLengths), every other value is named in KorvStatus. Nothing is logged and
+ *     nothing is thrown.
+ *  2. **Failure.** On failure an output is left as it was. Where members of a record have been
+ *     written before the failure, the function's comment says which.
+ *  3. **Null.** "Empty" means a null pointer. A pointer is tested only where the comment promises a
+ *     status for it; every other pointer must be valid.
+ *  4. **Lengths.** "Bytes" are bytes, "characters" are units of the text at hand: 1 byte in narrow
+ *     text, 4 bytes (wchar_t) in wide text. A length passed with a buffer is trusted.
+ *  5. **Ownership.** The caller owns what it passes. Records, texts and buffers that the library
+ *     allocates are blocks of the process heap; the comment names the function that releases them,
+ *     or says that the caller uses free().
+ *  6. **Threads.** The library has no threads and no locks. Every function may run in any number of
+ *     threads at once on distinct records and buffers, except KORVRandomValue.
+ *  7. **Stack.** Every function may be entered with a stack that is aligned to 4 bytes only.
+ *  8. **Locale.** The library never sets one. Functions that follow the host's locale say so.
  */
 #ifndef KORV_BASE_H
 #define KORV_BASE_H
@@ -38,7 +36,9 @@
 #endif
 
 #if defined(__GNUC__)
+/** Before the declaration of what the library exports. */
 #define KORV_API __attribute__((visibility("default")))
+/** Behind a constant that each module has a copy of, needed or not. */
 #define KORV_UNUSED __attribute__((unused))
 #else
 #define KORV_API
@@ -49,7 +49,7 @@
 extern "C" {
 #endif
 
-/* Wide text is made of 4-byte units; a compiler option that narrows wchar_t would break every
+/** Wide text is made of 4-byte units; a compiler option that narrows wchar_t would break every
  * record that holds wide text. */
 typedef char korv_wchar_has_4_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 

@@ -114,10 +114,10 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * @param         tokenId   KorvTokenId
  * @param         length    bytes of the value, used only for CHAR, DATETIME_CHAR, WCHAR and
  *                          DATETIME_WCHAR
- * @retval KORV_FAILURE        the anchor is empty (nothing is changed)
+ * @retval KORV_FAILURE        the anchor is empty (nothing is changed); or, behind the tests of the
+ *                             next two, an empty value of a type other than text, or no memory
  * @retval KORV_TOKEN_BAD_ID   tokenId is 91 or more
  * @retval KORV_TOKEN_NO_SLOT  the record's slot count is negative
- * @retval KORV_FAILURE        an empty value of a type other than text, or no memory
  * @retval KORV_TOKEN_BAD_TYPE a value of a type that cannot be captured
  * @retval KORV_SUCCESS        captured */
 KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t dataType,
@@ -127,8 +127,8 @@ KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t
  * reads the block.
  *
  * @code
- * ErrorCapture(request, 1, 2, 1);
- * TokenCapture(request, L"CARD", WVARCHAR_SZ, KORV_TOKID_COLNAME, 0);
+ * ErrorCapture(&request, 1, 2, 1);
+ * TokenCapture(&request, L"CARD", WVARCHAR_SZ, KORV_TOKID_COLNAME, 0);
  * @endcode
  *
  * @param block     must not be empty; its errorAnchor may

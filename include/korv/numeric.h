@@ -95,8 +95,8 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
  *
  * Unless `shift` is 0, the digit at position i first moves forward by shift + i, modulo 10, and
  * this is repeated while the remainders add up to 0, so that a masked number is never all zeros.
- * Then the digits are transposed in groups of four by one of 23 permutations, chosen by key modulo
- * 23. Of a negative key the remainder, when it is negative, counts plus 23.
+ * Then the digits are transposed in groups of four by one of 23 permutations: which one, the
+ * remainder of the key by 23 tells, plus 23 when it is negative.
  *
  * Lengths 4, 8 and 12 are fully defined. At other lengths digits are lost: in an incomplete group a
  * position that names a digit beyond the last becomes zero (the code 0). Every character counts as

@@ -113,12 +113,12 @@ extern "C" {
 
 /** Token identifiers: KORV_TOKID_DATATYPE = 1 and so on, and the two bounds. */
 typedef enum KorvTokenId {
-    KORV_TOKID_UNUSED = 0,
+    KORV_TOKID_UNUSED = 0, /**< an unused token slot */
 #define KORV_TOKEN_CONSTANT(number, name) KORV_TOKID_##name = (number),
     KORV_TOKENS_1_TO_54(KORV_TOKEN_CONSTANT)
     KORV_TOKENS_56_TO_90(KORV_TOKEN_CONSTANT)
 #undef KORV_TOKEN_CONSTANT
-    KORV_TOKID_COUNT = 91
+    KORV_TOKID_COUNT = 91 /**< from here on nothing is a token */
 } KorvTokenId;
 
 /** gTokenIds maps an identifier, 0 to 91 inclusive, to its name as zero-terminated wide text, for
@@ -136,14 +136,14 @@ static const wchar_t* const gTokenIds[KORV_TOKID_COUNT + 1] KORV_UNUSED = {
 
 /* Country names of identity numbers, and the two places of a value in an ageing message, for the
  * providers; the library itself does not read them. */
-static const wchar_t Nid_FR[] KORV_UNUSED = L"France";
-static const wchar_t Nid_ES[] KORV_UNUSED = L"Spain";
-static const wchar_t Nid_IT[] KORV_UNUSED = L"Italy";
-static const wchar_t Nid_UK[] KORV_UNUSED = L"UK";
-static const wchar_t Nid_US[] KORV_UNUSED = L"US";
-static const wchar_t Nid_CA[] KORV_UNUSED = L"Canada";
-static const wchar_t Location_SourceValue[] KORV_UNUSED = L"Source";
-static const wchar_t Location_AgedValue[] KORV_UNUSED = L"Aged";
+static const wchar_t Nid_FR[] KORV_UNUSED = L"France"; /**< country of an identity number */
+static const wchar_t Nid_ES[] KORV_UNUSED = L"Spain"; /**< country of an identity number */
+static const wchar_t Nid_IT[] KORV_UNUSED = L"Italy"; /**< country of an identity number */
+static const wchar_t Nid_UK[] KORV_UNUSED = L"UK"; /**< country of an identity number */
+static const wchar_t Nid_US[] KORV_UNUSED = L"US"; /**< country of an identity number */
+static const wchar_t Nid_CA[] KORV_UNUSED = L"Canada"; /**< country of an identity number */
+static const wchar_t Location_SourceValue[] KORV_UNUSED = L"Source"; /**< the value before ageing */
+static const wchar_t Location_AgedValue[] KORV_UNUSED = L"Aged"; /**< the value behind it */
 
 #ifdef __cplusplus
 }

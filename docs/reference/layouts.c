@@ -1,0 +1,26 @@
+/* Every public record once, for the debug information that the pictures of their layouts come from. */
+#include <korv/datacnv.h>
+#include <korv/korv.h>
+
+BlockHeader blockHeader;
+FieldDefI fieldDefI;
+FieldDefX fieldDefX;
+FieldRefI fieldRefI;
+FieldRefX fieldRefX;
+CtrlBlkI ctrlBlkI;
+CtrlBlkX ctrlBlkX;
+OprDef oprDef;
+SvcDefI svcDefI;
+SvcDefX svcDefX;
+TextDesc textDesc;
+FieldDesc fieldDesc;
+ParamDesc paramDesc;
+PrvDesc prvDesc;
+PrvRecord prvRecord;
+TokenSlot tokenSlot;
+ErrorRecord errorRecord;
+ErrorAnchor errorAnchor;
+OdbcDate odbcDate;
+OdbcTimestamp odbcTimestamp;
+ValueRecord valueRecord;
+CnvOptions cnvOptions;

@@ -1,0 +1,152 @@
+"""Manual pages out of Doxygen's XML, and the check that every status is documented.
+
+Usage: man.py XML-FOLDER LAYOUTS.json VERSION TARGET-FOLDER
+
+One page for each function and record, korv_NAME.3, and one for the conventions, korv_conventions.7.
+Functions that share their text, as twins do, have pages of their own.
+"""
+import json
+import pathlib
+import sys
+import textwrap
+import xml.etree.ElementTree as Xml
+
+from roff import Roff, escaped, inline
+
+XML, LAYOUTS, VERSION, TARGET = sys.argv[1:]
+RECORDS = json.loads(pathlib.Path(LAYOUTS).read_text(encoding="utf-8"))
+
+
+def parse(name: str) -> Xml.Element:
+    return Xml.parse(pathlib.Path(XML, name)).getroot()
+
+
+def compounds(kind: str) -> list[Xml.Element]:
+    return [parse(f"{entry.get('refid')}.xml").find("compounddef")
+            for entry in parse("index.xml").findall("compound") if entry.get("kind") == kind]
+
+
+def title(page: Roff, name: str, section: int) -> None:
+    page.line(f'.TH {name} {section} "" "korv-support {VERSION}" "korv support library"')
+
+
+def summary(node: Xml.Element, name: str) -> str:
+    """The brief description without the name that it begins with."""
+    text = " ".join(inline(node.find("briefdescription")).split()).rstrip(".")
+    text = text.removeprefix(escaped(name)).strip() or escaped(name)
+    return text[:1].lower() + text[1:]
+
+
+def prototype(function: Xml.Element) -> str:
+    text = "".join(function.find("type").itertext()) + " "
+    text = text.replace("* ", "*") + function.findtext("name") + function.findtext("argsstring")
+    return "\n".join(textwrap.wrap(text + ";", 76, subsequent_indent="    "))
+
+
+def function_page(function: Xml.Element, header: str, statuses: dict[str, int]) -> str:
+    name = function.findtext("name")
+    page = Roff()
+    title(page, f"korv_{name}", 3)
+    page.section("NAME")
+    page.line(f"korv_{name} \\- {summary(function, name)}")
+    page.section("SYNOPSIS")
+    page.verbatim(f"#include <{header}>\n\n{prototype(function)}")
+    page.section("DESCRIPTION")
+    page.paragraphs(function.find("briefdescription"))
+    page.paragraphs(function.find("detaileddescription"))
+    page.parameters("PARAMETERS", function, "param", {})
+    page.results(function, statuses)
+    threads = [note for note in function.iter("simplesect") if note.get("kind") == "note"]
+    page.section("THREADS")
+    page.line(inline(threads[0]) if threads else
+              "May run in any number of threads at once on distinct records and buffers.")
+    page.examples(function)
+    page.section("SEE ALSO")
+    page.line(".BR korv_conventions (7)")
+    return page.text()
+
+
+def record_page(record: Xml.Element) -> str:
+    name = record.findtext("compoundname")
+    layout = RECORDS[name]
+    page = Roff()
+    title(page, f"korv_{name}", 3)
+    page.section("NAME")
+    page.line(f"korv_{name} \\- {summary(record, name)}")
+    page.section("SYNOPSIS")
+    page.verbatim(f"#include <korv/{record.find('includes').text}>")
+    page.section("DESCRIPTION")
+    page.paragraphs(record.find("briefdescription"))
+    page.paragraphs(record.find("detaileddescription"))
+    page.paragraph(f"It has {layout['size']} bytes:")
+    members = {member.findtext("name"): inline(member.find("briefdescription"))
+               for member in record.iter("memberdef")}
+    rows = [f"{offset:>6} {size:>4}  {kind} {member}" if member else f"{offset:>6} {size:>4}  -"
+            for offset, size, kind, member in layout["rows"]]
+    page.verbatim("offset size  member\n" + "\n".join(rows))
+    page.section("MEMBERS")
+    for _, _, _, member in layout["rows"]:
+        if member:
+            page.item(f"\\fI{escaped(member)}\\fR", members[member])
+    page.section("SEE ALSO")
+    page.line(".BR korv_conventions (7)")
+    return page.text()
+
+
+def conventions_page() -> str:
+    page = Roff()
+    title(page, "korv_conventions", 7)
+    page.section("NAME")
+    page.line("korv_conventions \\- what holds for every function of the korv support library")
+    page.section("DESCRIPTION")
+    page.paragraphs(parse("conventions.xml").find("compounddef/detaileddescription"))
+    return page.text()
+
+
+def check(functions: list[tuple[Xml.Element, str]], statuses: dict[str, int]) -> list[str]:
+    """Every function that returns something says what; every status is the result of one."""
+    faults, used = [], set()
+    for function, _ in functions:
+        name = function.findtext("name")
+        codes = [code.text for part in function.iter("parameterlist")
+                 if part.get("kind") == "retval" for code in part.iter("parametername")]
+        says = codes or any(part.get("kind") == "return" for part in function.iter("simplesect"))
+        if "".join(function.find("type").itertext()) != "void" and not says:
+            faults.append(f"{name}: its result is not documented")
+        faults += [f"{name}: there is no status {code}" for code in codes
+                   if code not in statuses and not code.lstrip("-").isdigit()]
+        used.update(codes)
+    return faults + [f"{code}: no function returns it" for code in statuses
+                     if code not in used and not code.startswith("KORV_TOKID_")]
+
+
+def main() -> None:
+    target = pathlib.Path(TARGET)
+    for folder in ("man3", "man7"):
+        (target / folder).mkdir(parents=True, exist_ok=True)
+    files = compounds("file")
+    functions = [(member, file.find("location").get("file").removeprefix("include/"))
+                 for file in files for member in file.iter("memberdef")
+                 if member.get("kind") == "function"]
+    statuses = {value.findtext("name"): int(value.findtext("initializer").lstrip("= "))
+                for file in files for enum in file.iter("memberdef")
+                if enum.findtext("name") in ("KorvStatus", "CnvStatus", "KorvProcessingClass")
+                for value in enum.iter("enumvalue")}
+    faults = check(functions, statuses)
+    if faults or not functions:
+        sys.exit("\n".join(faults) or "no functions")
+    records = [record for record in compounds("struct") if record.findtext("compoundname") in RECORDS]
+    if len(records) != len(RECORDS):
+        sys.exit("a record is not documented")
+    pages = {f"man3/korv_{function.findtext('name')}.3": function_page(function, header, statuses)
+             for function, header in functions}
+    pages |= {f"man3/korv_{record.findtext('compoundname')}.3": record_page(record)
+              for record in records}
+    pages["man7/korv_conventions.7"] = conventions_page()
+    for path, text in pages.items():
+        (target / path).write_text(text, encoding="utf-8")
+    print(f"{len(functions)} functions, {len(records)} records, {len(pages)} manual pages")
+
+
+if __name__ == "__main__":
+    main()
