@@ -12,7 +12,7 @@ PACKAGES = {"pkgconfig/korv-support.pc", "pkgconfig/korv-datacnv.pc"} | {
 HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
 DOCUMENTS = {"README.md", "CHANGELOG.md"} | {
     f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
-    if path.is_file()}
+    if path.is_file() and path.parent.name != "reference"}
 
 
 def below(folder, names):
