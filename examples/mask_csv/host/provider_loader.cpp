@@ -4,7 +4,8 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
-#include <climits>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "host/host_error.h"
@@ -22,11 +23,9 @@ const wchar_t* const kModules[KORV_PROVIDER_UNKNOWN] = {
 };
 
 std::string folderOfProgram() {
-    char path[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path);
-    if (length <= 0) return ".";
-    const std::string program(path, static_cast<size_t>(length));
-    return program.substr(0, program.rfind('/'));
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? "." : program.parent_path().string();
 }
 
 // In a build folder the modules lie next to the program's folder, otherwise where they were
