@@ -35,7 +35,8 @@ def header(block_header: gdb.Value) -> str:
 
 
 def field(record: gdb.Value) -> str:
-    text = text_at(record["wideText"], 4) if int(record["wideText"]) else text_at(record["narrowText"], 1)
+    wide = int(record["wideText"])
+    text = text_at(record["wideText"], 4) if wide else text_at(record["narrowText"], 1)
     return (f"{type_name(int(record['dataType']))}({int(record['length'])}) {text}"
             + carried(record, "fldValue1 fldValue2 fldValue3 fldFlag")
             + (header_fault(record, "FLDX") if is_x(record) else ""))
@@ -84,12 +85,13 @@ def timestamp(moment: gdb.Value) -> str:
 
 
 def head(record: gdb.Value, expected: str, names: str) -> str:
-    return name_of(record) + carried(record, names) + (header_fault(record, expected) if is_x(record) else "")
+    fault = header_fault(record, expected) if is_x(record) else ""
+    return name_of(record) + carried(record, names) + fault
 
 
 def block(record: gdb.Value) -> str:
-    return head(record, "BLKX", "blkCode blkAttr1 blkAttr2 blkAttr3 blkAttr4 blkAttr5 blkFlag blkValue1 "
-                "blkValue2 blkValue3")
+    return head(record, "BLKX", "blkCode blkAttr1 blkAttr2 blkAttr3 blkAttr4 blkAttr5 blkFlag "
+                "blkValue1 blkValue2 blkValue3")
 
 
 def reference(node: gdb.Value, fields: dict[int, str]) -> str:
@@ -110,7 +112,8 @@ def service(record: gdb.Value) -> str:
 
 
 def error(record: gdb.Value) -> str:
-    return (f"error {int(record['firstCode'])}, {int(record['secondCode'])}" + header_fault(record, "ECBD"))
+    return (f"error {int(record['firstCode'])}, {int(record['secondCode'])}"
+            + header_fault(record, "ECBD"))
 
 
 def anchor(record: gdb.Value) -> str:

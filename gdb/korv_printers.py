@@ -1,14 +1,14 @@
 """Shows the records of korv in gdb: lists unrolled, texts, types and tokens by name.
 
-gdb loads this file by itself with the library that it is installed for; `source korv_printers.py` does
-the same for any program. Records are known by the names of their types, whoever compiled them.
+gdb loads this file by itself with the library that it is installed for; `source korv_printers.py`
+does the same for any program. Records are known by the names of their types, whoever compiled them.
 
     print *block                          a control block with its fields, references and errors
     print/r *block                        the same record as plain members
     print $korv_value(value, VARCHAR_SZ)  the data of a value record by its type, korv_values.py
 
-Damaged records are expected: a list that runs in a circle, a pointer to nowhere and a text without an
-end show as a remark in < >.
+Damaged records are expected: a list that runs in a circle, a pointer to nowhere and a text without
+an end show as a remark in < >.
 """
 import os
 import sys

@@ -8,10 +8,10 @@ LIMIT = 200  # characters of a text, records of a list
 QUOTED = '"\\'  # characters that a backslash makes part of a text
 
 TYPES = dict(enumerate(
-    "CHAR VARCHAR VARCHAR_SZ WCHAR WVARCHAR WVARCHAR_SZ LONG_LONG U_LONG_LONG INTEGER U_INTEGER - - "
-    "DECIMAL_PACKED ODBC_DATE ODBC_TIME ODBC_TIMESTAMP DATETIME_SZ DATETIME_WSZ DOUBLE FLOAT SMALLINT "
-    "USMALLINT TINYINT UTINYINT DATETIME_CHAR DATETIME_VARCHAR DATETIME_WCHAR DATETIME_WVARCHAR".split(),
-    start=1))
+    "CHAR VARCHAR VARCHAR_SZ WCHAR WVARCHAR WVARCHAR_SZ LONG_LONG U_LONG_LONG INTEGER U_INTEGER - "
+    "- DECIMAL_PACKED ODBC_DATE ODBC_TIME ODBC_TIMESTAMP DATETIME_SZ DATETIME_WSZ DOUBLE FLOAT "
+    "SMALLINT USMALLINT TINYINT UTINYINT DATETIME_CHAR DATETIME_VARCHAR DATETIME_WCHAR "
+    "DATETIME_WVARCHAR".split(), start=1))
 TYPES[101] = "DATATYPE_101"
 
 # By the code of the type: the bytes of a character, the form of a number or record, plain bytes.
@@ -24,16 +24,17 @@ MOMENTS = {14: "<h2H", 15: "<h5H", 16: "<h5H"}
 OPAQUE = {13: 16, 101: 50}
 
 TOKENS = dict(enumerate(
-    "DATATYPE PROVIDER METHOD COLNAME SRCDATA ROW_COUNT ROWS_LIST COLINDEX ROWDEFINE_COUNT MASK YEAR "
-    "MONTH DAY WEEK CENTURY DSTDATA SRC_DATATYPE DST_DATATYPE SRCFORMAT OPERAND_LIST OPERAND_COUNT "
-    "COL_LIST COL_COUNT SRC_COLTYPE SRC_COLLIST FLAG INFO_REQUEST BUFFER_SIZE LIB_NAME PROC_NAME "
-    "ENV_VARIABLE ENV_VALUE TRIMCHAR SEED SRCLEN EXPSRCLEN COUNTRY SEP NAME1_COLINDEX NAME2_COLINDEX "
-    "USERPRFX_LEN DOMAIN_LEN HASHSEED_LEN TIMESTAMP SRCDST PATH SQLSTATE SQLCODE SQLMESSAGE "
-    "BUF_EXPECTED_LEN ERR_CODE CHAR_POS PARMVALUE PARMKEY - ERR_FILE TRC_FILE MAX_TRC_FILE_NUM ICU_DIR "
-    "ICU_CNV_NAME ICU_CODEPAGE ICU_NEAREST_CODEPAGE ICU_MB_MINBYTES ICU_MB_MAXBYTES ICU_MB_TYPE "
-    "ICU_MB_AorE ICU_DBMSCODE ICU_ALIAS SP_FILE ERRMSG MSG_ID MSG_SRC MSG_TEXT MSG_BODY ALGO "
-    "SERVICE_TOKEN ORA_CHARSET ORA_NCHARSET TABLENAME PARMVALUE_SUBTYPE COLLEN KEY KEY_SIZE TWEAKS_LEN "
-    "RADIX ITERATIONS STATE_BYTES UNICODE_CODEPOINT SUBSTR CODEPAGE".split(), start=1))
+    "DATATYPE PROVIDER METHOD COLNAME SRCDATA ROW_COUNT ROWS_LIST COLINDEX ROWDEFINE_COUNT MASK "
+    "YEAR MONTH DAY WEEK CENTURY DSTDATA SRC_DATATYPE DST_DATATYPE SRCFORMAT OPERAND_LIST "
+    "OPERAND_COUNT COL_LIST COL_COUNT SRC_COLTYPE SRC_COLLIST FLAG INFO_REQUEST BUFFER_SIZE "
+    "LIB_NAME PROC_NAME ENV_VARIABLE ENV_VALUE TRIMCHAR SEED SRCLEN EXPSRCLEN COUNTRY SEP "
+    "NAME1_COLINDEX NAME2_COLINDEX USERPRFX_LEN DOMAIN_LEN HASHSEED_LEN TIMESTAMP SRCDST PATH "
+    "SQLSTATE SQLCODE SQLMESSAGE BUF_EXPECTED_LEN ERR_CODE CHAR_POS PARMVALUE PARMKEY - ERR_FILE "
+    "TRC_FILE MAX_TRC_FILE_NUM ICU_DIR ICU_CNV_NAME ICU_CODEPAGE ICU_NEAREST_CODEPAGE "
+    "ICU_MB_MINBYTES ICU_MB_MAXBYTES ICU_MB_TYPE ICU_MB_AorE ICU_DBMSCODE ICU_ALIAS SP_FILE "
+    "ERRMSG MSG_ID MSG_SRC MSG_TEXT MSG_BODY ALGO SERVICE_TOKEN ORA_CHARSET ORA_NCHARSET "
+    "TABLENAME PARMVALUE_SUBTYPE COLLEN KEY KEY_SIZE TWEAKS_LEN RADIX ITERATIONS STATE_BYTES "
+    "UNICODE_CODEPOINT SUBSTR CODEPAGE".split(), start=1))
 for names in TYPES, TOKENS:
     for gap in [number for number, name in names.items() if name == "-"]:
         del names[gap]
@@ -67,7 +68,7 @@ def dump(address: int, size: int) -> str:
 # ---- Texts ---------------------------------------------------------------------------------------
 
 def shown(codes: Iterable[int], marks: str = "") -> str:
-    """Characters as text; what the terminal cannot show as its number, `marks` behind a backslash."""
+    """Characters as text: what the terminal cannot show as its number, `marks` with a backslash."""
     charset = gdb.host_charset() if hasattr(gdb, "host_charset") else "ascii"
 
     def one(code: int) -> str:
@@ -165,8 +166,8 @@ def members(any_type: gdb.Type) -> set[str]:
 
 
 class ValueFunction(gdb.Function):
-    """$korv_value(RECORD, TYPE): the data of a ValueRecord as TYPE. That is a data type code, a field
-    definition, or a control block whose first reference names the field. Pointers will do."""
+    """$korv_value(RECORD, TYPE): the data of a ValueRecord as TYPE. That is a data type code, a
+    field definition, or a control block whose first reference names the field. Pointers will do."""
 
     def __init__(self) -> None:
         super().__init__("korv_value")

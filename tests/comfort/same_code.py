@@ -2,8 +2,8 @@
 
 Usage: same_code.py OBJECT-FOLDER SOURCE INCLUDE-FOLDER COMPILER [FLAG...]
 Of by_hand_X and with_header_X those instructions are compared that a program without a fault can
-reach: not the clean-up of a stack that unwinds, which the compiler sets apart. They must be the same,
-or no more than by hand and with the same calls, where only registers and order differ.
+reach: not the clean-up of a stack that unwinds, which the compiler sets apart. They must be the
+same, or no more than by hand and with the same calls, where only registers and order differ.
 """
 import os
 import re
@@ -65,22 +65,25 @@ def main() -> int:
     faults = 0
     for standard, exceptions in (("c++17", "-fno-exceptions"), ("c++20", "-fexceptions")):
         target = os.path.join(folder, f"cost-{standard}{exceptions}.o")
-        subprocess.run([*command, "-O2", f"-std={standard}", exceptions, f"-I{include}", "-c", source,
-                        "-o", target], check=True)
+        subprocess.run([*command, "-O2", f"-std={standard}", exceptions, f"-I{include}",
+                        "-c", source, "-o", target], check=True)
         code = functions(target)
         pairs = {match[1] for name in code if (match := re.fullmatch(r"by_hand_(\w+)", name))}
         if len(pairs) < 11:
             sys.exit(f"{target}: only {len(pairs)} pairs")
         for name in sorted(pairs):
-            hand, header = (reachable(code[f"{side}_{name}"]) for side in ("by_hand", "with_header"))
+            hand = reachable(code[f"by_hand_{name}"])
+            header = reachable(code[f"with_header_{name}"])
             if hand == header:
                 verdict = "the same"
             elif len(header) <= len(hand) and calls(hand) == calls(header):
                 verdict = "no more, the same calls"
             else:
                 faults += 1
-                verdict = "NOT the same\n" + "\n".join(["-- by hand", *hand, "-- with header", *header])
-            print(f"{standard} {exceptions} {name}: {len(hand)} and {len(header)} instructions, {verdict}")
+                both = ["-- by hand", *hand, "-- with the header", *header]
+                verdict = "NOT the same\n" + "\n".join(both)
+            print(f"{standard} {exceptions} {name}: {len(hand)} and {len(header)} instructions, "
+                  f"{verdict}")
     return 1 if faults else 0
 
 

@@ -3,7 +3,7 @@
 
 #include <fstream>
 #include <iterator>
-#include <regex>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,11 +19,12 @@ std::vector<std::pair<std::string, int>> constants(const char* header, const cha
     const std::size_t begin = text.find(std::string("typedef enum ") + enumeration);
     EXPECT_NE(std::string::npos, begin) << header;
     const std::string body = text.substr(begin, text.find('}', begin) - begin);
-    const std::regex constant("([A-Z][A-Z0-9_]*) = (-?[0-9]+)");
+    std::istringstream words(body);
     std::vector<std::pair<std::string, int>> found;
-    for (std::sregex_iterator match(body.begin(), body.end(), constant), end; match != end;
-         ++match) {
-        found.emplace_back((*match)[1], std::stoi((*match)[2]));
+    std::string before;
+    for (std::string word; words >> word; before = word) {
+        int number = 0;
+        if (word == "=" && words >> number) found.emplace_back(before, number);
     }
     return found;
 }

@@ -2,24 +2,26 @@
 
 Usage: installed_test.py BUILD-FOLDER
 """
+import os
 import pathlib
 import subprocess
 import sys
 import tempfile
 
+environment = {name: value for name, value in os.environ.items() if not name.startswith("PYTHON")}
 with tempfile.TemporaryDirectory() as folder:
     prefix = pathlib.Path(folder).resolve()
     for component in ("runtime", "development"):
-        subprocess.run(["cmake", "--install", sys.argv[1], "--prefix", prefix, "--component", component],
-                       check=True, stdout=subprocess.DEVNULL)
+        subprocess.run(["cmake", "--install", sys.argv[1], "--prefix", prefix,
+                        "--component", component], check=True, stdout=subprocess.DEVNULL)
     [library] = prefix.rglob("libKORVSupport.so.*[0-9]")
     scripts = prefix / "share/gdb/auto-load"
     before = set(prefix.rglob("*"))
     shown = subprocess.run(
         ["gdb", "-nx", "-q", "-batch", "-iex", f"add-auto-load-scripts-directory {scripts}",
-         "-iex", f"add-auto-load-safe-path {scripts}", library, "-ex", "info auto-load python-scripts",
-         "-ex", "info pretty-printer"],
-        check=True, capture_output=True, text=True, timeout=60).stdout
+         "-iex", f"add-auto-load-safe-path {scripts}", library,
+         "-ex", "info auto-load python-scripts", "-ex", "info pretty-printer"],
+        check=True, capture_output=True, text=True, timeout=60, env=environment).stdout
     print(shown)
     assert f"Yes     {scripts}{library}-gdb.py" in shown, "not loaded"
     assert all(name in shown for name in ("CtrlBlkX", "OprDef", "ErrorAnchor")), "no printers"

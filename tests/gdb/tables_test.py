@@ -9,7 +9,8 @@ import subprocess
 import sys
 
 source = pathlib.Path(sys.argv[1])
-names = ("TYPES", "FIXED_TEXT", "VARIABLE_TEXT", "TERMINATED_TEXT", "NUMBERS", "MOMENTS", "OPAQUE", "TOKENS")
+names = ("TYPES", "FIXED_TEXT", "VARIABLE_TEXT", "TERMINATED_TEXT", "NUMBERS", "MOMENTS", "OPAQUE",
+         "TOKENS")
 done = subprocess.run(
     ["gdb", "-nx", "-q", "-batch", "-ex", f"python sys.path.append('{source}/gdb')",
      "-ex", "python sys.dont_write_bytecode = True", "-ex", "python import json, korv_values",
@@ -29,8 +30,8 @@ assert len(expected) == 27 and types == expected, f"{types}\n{expected}"
 
 # A type of text says by its name how it ends and how wide it is; every other one has one rule.
 for number, name in types.items():
-    text = re.search(r"(W?)(VARCHAR|CHAR|SZ)(_SZ)?$", name)
-    kind = text and (2 if "SZ" in (text[2], (text[3] or "")[1:]) else 1 if text[2] == "VARCHAR" else 0)
+    text = re.search(r"(W?)(VARCHAR|CHAR|SZ)(?:_SZ)?$", name)
+    kind = 2 if name.endswith("SZ") else 1 if name.endswith("VARCHAR") else 0
     rules = [index for index, family in enumerate(families) if number in family]
     assert len(rules) == 1 and (rules[0] == kind if text else rules[0] > 2), f"{name}: {rules}"
     assert not text or families[kind][number] == (4 if text[1] else 1), f"{name}: wide or narrow?"

@@ -1,8 +1,8 @@
 """Runs a session of gdb again and compares what it prints.
 
 Usage: transcript.py (static | live) FILE PROGRAM SOURCE-FOLDER [GDB-OPTION...]
-FILE has lines of the form "(gdb) COMMAND", each with the output behind it; of a Markdown file the block
-```gdb counts. Exit status 77 where a live session is impossible: programs must not be traced here.
+FILE has lines of the form "(gdb) COMMAND", each with the output behind it; of a Markdown file the
+block ```gdb counts. Exit status 77 where a live session is impossible: nothing may be traced here.
 """
 import os
 import re
@@ -40,10 +40,12 @@ def main() -> int:
                  "-iex", "set print pretty on", *options, program]
     for command in commands:
         arguments += ["-ex", f"echo (gdb) {command}\\n", "-ex", command]
-    done = subprocess.run(arguments, cwd=source, text=True, encoding="utf-8", timeout=120, check=False,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
-                          env={**os.environ, "LC_ALL": os.environ.get("KORV_LOCALE", "C.UTF-8")})
-    if kind == "live" and re.search(r"Could not trace the inferior|ptrace: Operation not", done.stdout):
+    environment = {**os.environ, "LC_ALL": os.environ.get("KORV_LOCALE", "C.UTF-8")}
+    done = subprocess.run(arguments, cwd=source, env=environment, text=True, encoding="utf-8",
+                          timeout=120, check=False, stdin=subprocess.DEVNULL,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    untraced = re.search(r"Could not trace the inferior|ptrace: Operation not", done.stdout)
+    if kind == "live" and untraced:
         print(done.stdout)
         return SKIPPED
     found, expected = comparable(done.stdout, source), comparable(expected, source)
