@@ -1,5 +1,6 @@
 // Conversion of control blocks and services with any lists: positions in any order, before the
-// first field and past the last, nodes already chained to the X block, lists that share a tail.
+// first field and past the last, nodes already chained to the X block, lists that share a tail. Of
+// a list that comes back to itself the interface promises nothing.
 #include <cstdlib>
 #include <deque>
 #include <vector>

@@ -124,7 +124,7 @@ bool sameColumn(const host::Rule& a, const host::Rule& b) {
 
 std::vector<host::Rule> readPlainly(const std::string& text) {
     std::vector<host::Rule> rules;
-    std::istringstream lines(text);
+    std::istringstream lines(text.substr(text.starts_with("\xEF\xBB\xBF") ? 3 : 0));
     std::string line;
     for (uint64_t number = 1; std::getline(lines, line); ++number) {
         if (line.ends_with('\r')) line.pop_back();
