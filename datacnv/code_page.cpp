@@ -55,7 +55,8 @@ CnvStatus narrowUtf8(const wchar_t* source, uint32_t characters, Output<char>& o
         const uint32_t c = codeOf(source[i]);
         if (!isCharacter(c)) return CNV_MALFORMED_SOURCE;
         char bytes[4];
-        const CnvStatus status = out.append(bytes, encodeUtf8(c, bytes));
+        const auto count = encodeUtf8(c, bytes);
+        const CnvStatus status = out.append(bytes, count);
         if (status != CNV_SUCCESS) return status;
     }
     return CNV_SUCCESS;

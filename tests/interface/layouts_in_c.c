@@ -9,18 +9,21 @@
 enum RowKind { recordRow, memberRow, otherRow };
 
 #define MEMBER(record, member) (((record*)0)->member)
+/* A member's bytes by where it ends: checkers take the size of a pointer for a mistake. */
+#define BYTES_OF(record, member) \
+    ((size_t)(&MEMBER(record, member) + 1) - (size_t)&MEMBER(record, member))
 #define SIZE(record, bytes) \
     { recordRow, #record, sizeof(record), bytes, 0, 1 }
 #define AT(record, member, offset)                                             \
     {                                                                          \
         memberRow, #record "." #member, offsetof(record, member), offset,      \
-            sizeof MEMBER(record, member), __alignof__(MEMBER(record, member)) \
+            BYTES_OF(record, member), __alignof__(MEMBER(record, member))      \
     }
 #define INSIDE(record, member, offset) \
     { otherRow, #record "." #member, offsetof(record, member), offset, 0, 1 }
 /* Records of one layout: the last member tells where the whole ends. */
 #define BYTES(record, member, bytes) \
-    { otherRow, "size of " #record "." #member, sizeof MEMBER(record, member), bytes, 0, 1 }
+    { otherRow, "size of " #record "." #member, BYTES_OF(record, member), bytes, 0, 1 }
 
 /* What is found, and what is expected on 32 bits. The members of a record follow it in order. */
 static const struct {

@@ -197,10 +197,10 @@ static void report(const CtrlBlkI* block) {
         at += (size_t)swprintf(text + at, 200 - at, L"%u/%u: ", (unsigned)record->firstCode,
                                (unsigned)record->secondCode);
         for (i = 0; i < record->tokenSlotCount; ++i) {
-            const TokenSlot* slot = (const TokenSlot*)record->tokenSlots + i;
-            if (!slot->text) continue;
-            at += (size_t)swprintf(text + at, 200 - at, L"%ls=%ls%ls", gTokenIds[slot->tokenId],
-                                   slot->text, record->next && i < 2 ? L" " : L"; ");
+            const TokenSlot* token = (const TokenSlot*)record->tokenSlots + i;
+            if (!token->text) continue;
+            at += (size_t)swprintf(text + at, 200 - at, L"%ls=%ls%ls", gTokenIds[token->tokenId],
+                                   token->text, record->next && i < 2 ? L" " : L"; ");
         }
     }
     CHECK(wcscmp(text, expected) == 0);
