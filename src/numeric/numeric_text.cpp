@@ -56,8 +56,8 @@ void reflectDigits(int32_t width, Char* field) noexcept {
     for (int32_t i = 0; i < width; ++i) field[i] = static_cast<Char>(2 * '0' - field[i]);
 }
 
-template <class Char>
-int32_t writeField(int32_t value, int16_t width, Char* field, bool terminated) noexcept {
+template <bool terminated, class Char>
+int32_t writeField(int32_t value, int16_t width, Char* field) noexcept {
     const auto bits = static_cast<uint32_t>(value);
     const bool fits = writeDigits(value < 0 ? 0 - bits : bits, width, field);
     if (value < 0) reflectDigits(width, field);
@@ -155,19 +155,19 @@ template <class Char>
 }  // namespace korv
 
 int32_t PXLongToNum(int32_t value, int16_t width, char* field) {
-    return korv::writeField(value, width, field, false);
+    return korv::writeField<false>(value, width, field);
 }
 
 int32_t PXIntToNum(int32_t value, int16_t width, char* field) {
-    return korv::writeField(value, width, field, true);
+    return korv::writeField<true>(value, width, field);
 }
 
 int32_t PXLongToNumW(int32_t value, int16_t width, wchar_t* field) {
-    return korv::writeField(value, width, field, true);
+    return korv::writeField<true>(value, width, field);
 }
 
 int32_t PXIntToNumW(int32_t value, int16_t width, wchar_t* field) {
-    return korv::writeField(value, width, field, true);
+    return korv::writeField<true>(value, width, field);
 }
 
 int32_t PXNumToLong(const char* field, int16_t digits, int16_t width, int32_t* value) {

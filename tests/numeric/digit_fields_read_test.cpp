@@ -223,8 +223,8 @@ TYPED_TEST(DigitFieldsReadTest, ANegativeDigitCountIsZero) {
 }
 
 TYPED_TEST(DigitFieldsReadTest, NothingIsReadBehindTheFirstCharacterThatIsNoDigit) {
-    for (const char* start : {"x", "1x", "123456789x", "12345678901234567x"}) {
-        auto field = this->text(start);
+    for (std::size_t before = 0; before < 20; ++before) {
+        const auto field = this->text(std::string(before, '1') + 'x');
         for (int digits : {static_cast<int>(field.size()), 20, 70, 32767}) {
             Fenced<typename TypeParam::Char> copy(field, false);
             EXPECT_EQ(-1, this->read(copy.data(), digits, digits));

@@ -75,6 +75,20 @@ TYPED_TEST(SwapStrings, NothingBehindTheTerminatorIsSwapped) {
     }
 }
 
+TYPED_TEST(SwapStrings, AnyNumberOfZerosEndsTheString) {
+    for (std::size_t length = 0; length <= 20; ++length) {
+        for (std::size_t zeros = 1; zeros <= 40; ++zeros) {
+            std::vector<TypeParam> units = this->draw(length + zeros + 20);
+            std::fill_n(units.begin() + static_cast<std::ptrdiff_t>(length), zeros, TypeParam{0});
+            std::vector<TypeParam> expected = units;
+            swapUnits(expected.data(), INT64_MAX);
+            Swaps<TypeParam>::counted(units.data(),
+                                      static_cast<int32_t>(units.size() * sizeof(TypeParam)));
+            ASSERT_EQ(expected, units) << length << ' ' << zeros;
+        }
+    }
+}
+
 // The count may end where nothing can be read any more: no terminator is needed there.
 TYPED_TEST(SwapStrings, ACountEndsBeforeAnUnreadablePage) {
     constexpr auto size = static_cast<int32_t>(sizeof(TypeParam));

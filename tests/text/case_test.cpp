@@ -167,6 +167,21 @@ TEST_P(CaseInLocale, ASingleOddCharacterIsSeenAtEveryPosition) {
     }
 }
 
+// Whatever bits the characters of a block share.
+TEST_P(CaseInLocale, AWholeTextOfOneWideCharacterIsConverted) {
+    std::vector<wchar_t> codes;
+    for (wchar_t c = 1; c < 0x600; ++c) codes.push_back(c);
+    for (wchar_t c = 0x600; c < 0x11000; c += 0x40) codes.push_back(c);
+    for (const auto& converter : wide) {
+        for (const wchar_t c : codes) {
+            std::wstring text(40, c);
+            converter.convert(text.data());
+            ASSERT_TRUE(std::wstring(40, converter.one(c)) == text)
+                << converter.name << ' ' << static_cast<int>(c);
+        }
+    }
+}
+
 TEST_P(CaseInLocale, NothingBehindTheTerminatorIsConverted) {
     for (std::size_t length = 0; length <= 40; ++length) {
         for (const auto& converter : narrow) {

@@ -220,4 +220,39 @@ TEST_P(CompareInLocale, DifferencesAreFoundAtEveryLengthAndPlace) {
     }
 }
 
+// In some locales the two are no pair.
+TEST_P(CompareInLocale, ALetterInBothCasesAmidOtherAsciiText) {
+    Comparison whole, counted;
+    for (std::size_t length = 1; length <= 24; ++length) {
+        for (std::size_t at = 0; at < length; ++at) {
+            for (const wchar_t letter : {L'a', L'i', L'k', L'z'}) {
+                std::wstring first(length, L'-');
+                std::wstring second = first;
+                first[at] = letter;
+                second[at] = letter & ~0x20;
+                const wchar_t *one = first.c_str(), *other = second.c_str();
+                ASSERT_EQ(whole.compare(one, other), StringWCaseCompare(one, other)) << int{letter};
+                ASSERT_EQ(whole.compare(other, one), StringWCaseCompare(other, one)) << int{letter};
+                ASSERT_EQ(counted.compareCounted(one, other, 30),
+                          StringWNCaseCompare(one, other, 30));
+            }
+        }
+    }
+}
+
+TEST(Compare, TextsThatHaveNothingInCommonFromSomePlaceOn) {
+    for (std::size_t common = 0; common <= 70; ++common) {
+        for (std::size_t different = 1; different <= 20; ++different) {
+            std::wstring first(common, L'x'), second(common, L'X');
+            for (std::size_t i = 0; i < different; ++i) {
+                first += static_cast<wchar_t>(L'a' + i);
+                second += static_cast<wchar_t>(L'D' + i);
+            }
+            const wchar_t *one = first.c_str(), *other = second.c_str();
+            ASSERT_EQ(-3, StringWCaseCompare(one, other)) << common << ' ' << different;
+            ASSERT_EQ(3, StringWNCaseCompare(other, one, 100)) << common << ' ' << different;
+        }
+    }
+}
+
 }  // namespace
