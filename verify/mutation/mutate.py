@@ -3,26 +3,21 @@
 
 import argparse
 import os
-import queue
 import re
 import subprocess
 import sys
-from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 from explained import read_explained
-from library import Bench, Library
-from mutants import Mutant, MutantsOfUnit, mutants_of
-from programs import Program, catcher, find_programs
-from verdict import Result, complaints, figure, outdated, uncovered
+from library import Library
+from mutants import MutantsOfUnit, mutants_of
+from programs import Program, find_programs
+from trial import Trial
+from verdict import complaints, figure, outdated, uncovered, untested
 
 ROOT = Path(__file__).resolve().parents[2]
 FOLDER = ROOT / "build/verify/mutation"
 EXPLAINED = Path(__file__).with_name("equivalent.txt")
-# Without --all, so many mutants of a function, and of a definition of data, are enough; and one
-# more for each MORE that there are.
-ENOUGH = {True: 3, False: 1}
-MORE = 50
 
 
 def options() -> argparse.Namespace:
@@ -48,54 +43,6 @@ def build_tests(programs: list[Program], build: Path, jobs: int) -> None:
     names = [program.name for program in programs]
     subprocess.run(["cmake", "--build", build, "-j", str(jobs), "--target", *names],
                    check=True, stdout=2)  # fmt: skip
-
-
-def try_unit(unit: MutantsOfUnit, wanted: int, bench: Bench, programs: list[Program]) -> Result:
-    """Tries mutants of a unit until enough have counted. Those that do not compile, and those that
-    give the code of the unchanged library or of another mutant, do not count."""
-    result = Result(unit)
-    seen = {bench.library.unchanged}
-    for mutant in unit.mutants:
-        if result.counted == wanted:
-            break
-        code = bench.build(mutant)
-        if code is None or code in seen:
-            result.not_counted += 1
-            continue
-        seen.add(code)
-        found_by = catcher(programs, mutant.file, bench.folder)
-        (result.caught if found_by else result.survived).append(mutant)
-        if not found_by:
-            print(f"survived: {mutant}", flush=True)
-    return result
-
-
-def try_all(
-    units: list[MutantsOfUnit],
-    everything: bool,
-    library: Library,
-    programs: list[Program],
-    jobs: int,
-) -> list[Result]:
-    benches: queue.Queue[Bench] = queue.Queue()
-    for number in range(jobs):
-        benches.put(Bench(library, number))
-
-    def task(unit: MutantsOfUnit) -> Result:
-        count = len(unit.mutants)
-        wanted = count if everything else ENOUGH[unit.is_function] + count // MORE
-        bench = benches.get()
-        try:
-            return try_unit(unit, wanted, bench, programs)
-        finally:
-            benches.put(bench)
-
-    results = []
-    with ThreadPoolExecutor(jobs) as pool:
-        for result in pool.map(task, units):
-            print(result, flush=True)
-            results.append(result)
-    return results
 
 
 def exported() -> list[str]:
@@ -129,11 +76,12 @@ def main() -> int:
 
     units = mutants_of(library.work, predefined())
     explained = read_explained(EXPLAINED)
-    everything = chosen.all or bool(chosen.only)
-    results = try_all(narrowed(units, chosen), everything, library, programs, chosen.jobs)
+    trial = Trial(library, programs, set(explained), chosen.all or bool(chosen.only))
+    results = trial.run(narrowed(units, chosen), chosen.jobs)
     found = complaints(results, explained)
     found += outdated(units, explained) + uncovered(units, exported())
-    line, enough = figure(results, explained)
+    found += [] if chosen.only else untested(results)
+    line, enough = figure(results)
     print(*found, line, sep="\n")
     return 0 if enough and not found else 1
 

@@ -5,7 +5,8 @@ from dataclasses import dataclass, field
 from explained import Key
 from mutants import Mutant, MutantsOfUnit
 
-AT_LEAST = 98.0  # per cent
+# Per cent of all that is tried; the rest may be explained.
+AT_LEAST = 90.0
 
 
 @dataclass
@@ -15,6 +16,7 @@ class Result:
     unit: MutantsOfUnit
     caught: list[Mutant] = field(default_factory=list)
     survived: list[Mutant] = field(default_factory=list)
+    explained: list[Mutant] = field(default_factory=list)  # survived, and change nothing
     not_counted: int = 0
 
     @property
@@ -23,7 +25,7 @@ class Result:
 
     def __str__(self) -> str:
         return (f"{self.unit.file}: {self.unit.name}: {len(self.caught)} of {self.counted} caught, "
-                f"{self.not_counted} not counted")  # fmt: skip
+                f"{len(self.explained)} explained, {self.not_counted} not counted")  # fmt: skip
 
 
 def complaints(results: list[Result], explained: dict[Key, str]) -> list[str]:
@@ -32,7 +34,6 @@ def complaints(results: list[Result], explained: dict[Key, str]) -> list[str]:
         f"survived, and nothing explains it: {mutant}"
         for result in results
         for mutant in result.survived
-        if mutant.key not in explained
     ]
     found += [
         f"explained in equivalent.txt, but caught: {mutant}"
@@ -40,12 +41,12 @@ def complaints(results: list[Result], explained: dict[Key, str]) -> list[str]:
         for mutant in result.caught
         if mutant.key in explained
     ]
-    found += [
-        f"not one mutant of this function counted: {result.unit.file}: {result.unit.name}"
-        for result in results
-        if result.unit.is_function and not result.counted
-    ]
     return found
+
+
+def untested(results: list[Result]) -> list[str]:
+    return [f"not one mutant of this function counted: {result.unit.file}: {result.unit.name}"
+            for result in results if result.unit.is_function and not result.counted]  # fmt: skip
 
 
 def outdated(units: list[MutantsOfUnit], explained: dict[Key, str]) -> list[str]:
@@ -59,15 +60,12 @@ def uncovered(units: list[MutantsOfUnit], exports: list[str]) -> list[str]:
     return [f"exported, but not in the sources: {name}" for name in exports if name not in names]
 
 
-def figure(results: list[Result], explained: dict[Key, str]) -> tuple[str, bool]:
+def figure(results: list[Result]) -> tuple[str, bool]:
     """The line to end with, and whether the share is large enough."""
     caught = sum(len(result.caught) for result in results)
     counted = sum(result.counted for result in results)
-    survivors = [mutant for result in results for mutant in result.survived]
-    unexplained = sum(mutant.key not in explained for mutant in survivors)
-    share = 100 * caught / counted if counted else 0
-    line = f"figure: {caught} of {counted} mutants caught ({share:.1f} %)"
-    line += f", {len(survivors) - unexplained} survivors explained"
-    if unexplained:
-        line += f", {unexplained} not"
-    return line, share >= AT_LEAST
+    explained = sum(len(result.explained) for result in results)
+    share = 100 * caught / max(counted, 1)
+    line = f"figure: {caught} of {counted} mutants caught ({share:.1f} %), "
+    line += f"{explained} others explained: they change nothing"
+    return line, counted > 0 and 100 * caught >= AT_LEAST * (counted + explained)
