@@ -5,19 +5,21 @@ import re
 import shlex
 import shutil
 import subprocess
+from collections.abc import Iterator
 from concurrent.futures import ThreadPoolExecutor
+from contextlib import contextmanager
 from pathlib import Path
 
 from mutants import Mutant
 
 TARGET = "libKORVSupport.so.21"
-# A mutant does whatever the stack holds when the compiler sees one of these: it tells nothing.
-UNDEFINED = [
+# What a mutant does is left to what the stack holds when the compiler sees one of these.
+UNDEFINED = (
     "-Werror=uninitialized",
     "-Werror=maybe-uninitialized",
     "-Werror=array-bounds",
     "-Werror=aggressive-loop-optimizations",
-]
+)
 
 
 def run(command: list[str], folder: Path) -> bool:
@@ -70,13 +72,13 @@ class Library:
     def object_of(self, file: str, folder: Path) -> Path:
         return folder / (file.replace("/", "-") + ".o")
 
-    def compile(self, file: str, folder: Path) -> bool:
+    def compile(self, file: str, folder: Path, warnings: tuple[str, ...] = ("-w",)) -> bool:
         """Compiles a source of folder/src."""
         include = f"-I{self.root}/src"
         words = [word.replace(include, f"-I{folder}/src") for word in self.commands[file]]
         words[words.index("-o") + 1] = str(self.object_of(file, folder))
         words[words.index("-c") + 1] = str(folder / file)
-        return run(words + UNDEFINED, self.build)
+        return run([*words, *warnings], self.build)
 
     def link(self, folder: Path, changed: set[str]) -> bool:
         """Links the objects of the changed files from `folder`, the others unchanged."""
@@ -99,17 +101,27 @@ class Bench:
         self.folder = library.work / f"worker-{number}"
         shutil.copytree(library.work / "src", self.folder / "src")
 
-    def build(self, mutant: Mutant) -> bytes | None:
-        """The changed library, also left in the folder; None when it does not compile."""
+    @contextmanager
+    def changed(self, mutant: Mutant) -> Iterator[list[str]]:
+        """The sources that read the changed file, as long as it is changed."""
         path = self.folder / mutant.file
         source = path.read_text()
         path.write_text(mutant.apply(source))
         try:
-            library = self.library
-            changed = {file for file, read in library.includes.items() if mutant.file in read}
-            built = all(library.compile(file, self.folder) for file in sorted(changed))
-            if not built or not library.link(self.folder, changed):
-                return None
-            return (self.folder / TARGET).read_bytes()
+            yield [file for file, read in self.library.includes.items() if mutant.file in read]
         finally:
             path.write_text(source)
+
+    def build(self, mutant: Mutant) -> bytes | None:
+        """The changed library, also left in the folder; None when it does not compile."""
+        with self.changed(mutant) as files:
+            if not all(self.library.compile(file, self.folder) for file in files):
+                return None
+            if not self.library.link(self.folder, set(files)):
+                return None
+        return (self.folder / TARGET).read_bytes()
+
+    def is_undefined(self, mutant: Mutant) -> bool:
+        """Whether the compiler sees that the change leads outside an array or to no value."""
+        with self.changed(mutant) as files:
+            return not all(self.library.compile(file, self.folder, UNDEFINED) for file in files)

@@ -45,7 +45,7 @@ class Trial:
     def try_unit(self, unit: MutantsOfUnit, bench: Bench) -> Result:
         """Tries mutants of a unit until enough have counted. Those that do not compile, those that
         give the code of the unchanged library or of another mutant, and those that survive with an
-        explanation do not count."""
+        explanation or with undefined behaviour do not count."""
         count = len(unit.mutants)
         wanted = count if self.everything else ENOUGH[unit.is_function] + count // MORE
         result = Result(unit)
@@ -62,6 +62,8 @@ class Trial:
                 result.caught.append(mutant)
             elif mutant.key in self.explained:
                 result.explained.append(mutant)
+            elif bench.is_undefined(mutant):
+                result.not_counted += 1
             else:
                 result.survived.append(mutant)
                 print(f"survived: {mutant}", flush=True)
