@@ -19,7 +19,8 @@
  *     or says that the caller uses free().
  *  6. **Threads.** The library has no threads and no locks. Every function may run in any number of
  *     threads at once on distinct records and buffers, except KORVRandomValue.
- *  7. **Stack.** Every function may be entered with a stack that is aligned to 4 bytes only.
+ *  7. **Stack.** Every function may be entered with a stack that is aligned to 4 bytes only, and in
+ *     a thread with a stack of 16 KiB.
  *  8. **Locale.** The library never sets one. Functions that follow the host's locale say so.
  */
 #ifndef KORV_BASE_H
