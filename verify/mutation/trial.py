@@ -11,7 +11,7 @@ from programs import Program, catcher
 from verdict import Result
 
 # Unless all are tried, so many mutants of a function, and of a definition of data, are enough; and
-# one more for each MORE that there are.
+# one more for each MORE that there are. Where so few count, three times as many end the search.
 ENOUGH = {True: 3, False: 1}
 MORE = 50
 
@@ -51,7 +51,7 @@ class Trial:
         result = Result(unit)
         seen = {bench.library.unchanged}
         for mutant in unit.mutants:
-            if result.counted == wanted:
+            if result.counted == wanted or result.tried == 3 * wanted:
                 break
             code = bench.build(mutant)
             if code is None or code in seen:

@@ -23,6 +23,10 @@ class Result:
     def counted(self) -> int:
         return len(self.caught) + len(self.survived)
 
+    @property
+    def tried(self) -> int:
+        return self.counted + len(self.explained)
+
     def __str__(self) -> str:
         return (f"{self.unit.file}: {self.unit.name}: {len(self.caught)} of {self.counted} caught, "
                 f"{len(self.explained)} explained, {self.not_counted} not counted")  # fmt: skip
@@ -45,8 +49,8 @@ def complaints(results: list[Result], explained: dict[Key, str]) -> list[str]:
 
 
 def untested(results: list[Result]) -> list[str]:
-    return [f"not one mutant of this function counted: {result.unit.file}: {result.unit.name}"
-            for result in results if result.unit.is_function and not result.counted]  # fmt: skip
+    return [f"not one mutant of this function was tried: {result.unit.file}: {result.unit.name}"
+            for result in results if result.unit.is_function and not result.tried]  # fmt: skip
 
 
 def outdated(units: list[MutantsOfUnit], explained: dict[Key, str]) -> list[str]:
