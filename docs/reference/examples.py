@@ -1,27 +1,30 @@
 """Compiles the examples in the comments of the headers.
 
-Usage: examples.py INCLUDE-FOLDER COMPILER [FLAG...]
+Usage: examples.py INCLUDE-FOLDER C-COMPILER C++-COMPILER [FLAG...]
 """
 import pathlib
 import re
 import subprocess
 import sys
 
-include, *compiler = sys.argv[1:]
-FRAME = """#include <korv/datacnv.h>
-#include <korv/korv.h>
-#include <stdlib.h>
-CtrlBlkI request;
-"""
-program, count = FRAME, 0
-for header in sorted(pathlib.Path(include, "korv").glob("*.h")):
-    for code in re.findall(r"@code\n(.*?)@endcode", header.read_text(encoding="utf-8"), re.S):
-        lines = re.sub(r"^ \* ?", "", code, flags=re.M).rstrip(" *")
-        program += f"void example{count}(void);\nvoid example{count}(void) {{\n{lines}}}\n"
-        count += 1
-subprocess.run([*compiler, "-x", "c", "-std=c99", "-Wall", "-Wextra", "-Werror",
-                "-Wno-unused-but-set-variable", "-fsyntax-only", f"-I{include}", "-"],
-               input=program, text=True, check=True)
+include, cc, cxx, *flags = sys.argv[1:]
+LANGUAGES = {
+    ".h": ([cc, "-x", "c", "-std=c99"], "#include <korv/datacnv.h>\n#include <korv/korv.h>\n"),
+    ".hpp": ([cxx, "-x", "c++", "-std=c++17"], "#include <cstdio>\n#include <korv/korv.hpp>\n"),
+}
+FRAME = "#include <stdlib.h>\nCtrlBlkI request;\n"
+
+count = 0
+for suffix, (compiler, program) in LANGUAGES.items():
+    program += FRAME
+    for header in sorted(pathlib.Path(include, "korv").glob("*" + suffix)):
+        for code in re.findall(r"@code\n(.*?)@endcode", header.read_text(encoding="utf-8"), re.S):
+            lines = re.sub(r"^ \* ?", "", code, flags=re.M).rstrip(" *")
+            program += f"void example{count}(void);\nvoid example{count}(void) {{\n{lines}}}\n"
+            count += 1
+    subprocess.run([*compiler, *flags, "-Wall", "-Wextra", "-Werror", "-fsyntax-only",
+                    "-Wno-unused-but-set-variable", f"-I{include}", "-"],
+                   input=program, text=True, check=True)
 if not count:
     sys.exit("no examples")
 print(f"{count} examples compiled")
