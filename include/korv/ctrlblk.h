@@ -261,7 +261,7 @@ typedef struct PrvRecord {
  * block without fields every fieldDef is empty.
  *
  * When memory runs out the X block has no fields and no nodes behind the embedded one (all are
- * released), while header and carried members stay written; after KORV_NO_MEMORY_REFERENCE the
+ * released, also those that the caller had put there), while header and carried members stay written; after KORV_NO_MEMORY_REFERENCE the
  * embedded node's fieldDef names a released record. CleanCtrlBlkX releases what was built.
  *
  * @code
@@ -297,7 +297,8 @@ KORV_API int32_t KORVCnvFieldDefFromIToX(const FieldDefI* source, FieldDefX* tar
 KORV_API int32_t KORVCnvOprDefFromIToX(const OprDefI* source, OprDefX* target);
 
 /** KORVCnvSvcDefFromIToX fills an X service definition with an X operand for each I operand, and
- * borrows the field list of a block. CleanSvcDefX releases what was built.
+ * borrows the field list of a block. An operand list that it held before is dropped, not released.
+ * CleanSvcDefX releases what was built.
  *
  * @param      block   must be valid and should be converted already
  * @param      source  the framework's service definition

@@ -274,7 +274,7 @@ KORV_API int32_t KORVGetStringFromTS(const void* source, wchar_t* target, uint32
  * @param      targetUnits  units of the target
  * @param[out] count        target units written; left alone on failure
  * @retval CNV_SUCCESS          converted
- * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
+ * @retval CNV_TARGET_TOO_SMALL the converted text does not fit
  * @retval CNV_MALFORMED_SOURCE a lone surrogate
  * @retval CNV_BAD_LENGTH       a negative count */
 KORV_API int32_t Convert16To32(const uint16_t* source, int32_t sourceUnits, wchar_t* target,
@@ -289,7 +289,7 @@ KORV_API int32_t Convert16To32(const uint16_t* source, int32_t sourceUnits, wcha
  * @param      targetUnits  units of the target
  * @param[out] count        target units written; left alone on failure
  * @retval CNV_SUCCESS          converted
- * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
+ * @retval CNV_TARGET_TOO_SMALL the converted text does not fit
  * @retval CNV_MALFORMED_SOURCE a surrogate, or a unit above U+10FFFF
  * @retval CNV_BAD_LENGTH       a negative count */
 KORV_API int32_t Convert32To16(const wchar_t* source, int32_t sourceUnits, uint16_t* target,

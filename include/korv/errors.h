@@ -76,8 +76,9 @@ KORV_API int32_t ErrorCapture(const CtrlBlkI* block, uint32_t firstCode, uint32_
 
 /** TermErrors releases every record with its token texts, and the anchor itself.
  *
- * Two kinds of text are not released: one captured under identifier 0, and one in
- * tokenSlots[tokenSlotCount] (see TokenCaptureEAB). A caller that makes them frees them first.
+ * Three kinds of text are not released: one captured under identifier 0, one in
+ * tokenSlots[tokenSlotCount], and one that a later capture has replaced (see TokenCaptureEAB). A
+ * caller that makes them frees them itself, the last kind before it is replaced.
  *
  * @param anchor  from malloc(), or empty; no longer valid behind the call
  * @retval KORV_SUCCESS always */
@@ -89,7 +90,7 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * An empty `value` of a text type is captured as "<NULL>". Identifier 0 is stored, but leaves the
  * slot unused for the next capture. When all slots are taken, one further token is accepted into
  * tokenSlots[tokenSlotCount], and each later one replaces it; a text that is replaced is not
- * released.
+ * released. With a slot count of 0 that is the record's only slot.
  *
  * The types that can be captured are the twelve text types of korv/datatypes.h, INTEGER, U_INTEGER,
  * SMALLINT, USMALLINT, ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP. Narrow text is handed to the
