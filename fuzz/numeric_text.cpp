@@ -37,7 +37,9 @@ void read(Input& input, int32_t (*reader)(const Char*, int16_t, int16_t, int32_t
     std::basic_string<Char> text = input.text<Char>();
     text.append(static_cast<std::size_t>(blanks), Char{' '});
     while (!input.empty()) text += input.character<Char>();
-    text.resize(static_cast<std::size_t>(std::max({digits, width, int16_t{0}})), Char{' '});
+    // A negative count of digits makes the tail longer, of which no more than 257 are compared.
+    const int size = digits < 0 ? std::min(width - digits, 257) : std::max(digits, width);
+    text.resize(static_cast<std::size_t>(std::max(size, 0)), Char{' '});
 
     Block<Char> field(text, shift);
     constexpr int32_t untouched = 0x5A5AA5A5;

@@ -261,8 +261,9 @@ typedef struct PrvRecord {
  * block without fields every fieldDef is empty.
  *
  * When memory runs out the X block has no fields and no nodes behind the embedded one (all are
- * released, also those that the caller had put there), while header and carried members stay written; after KORV_NO_MEMORY_REFERENCE the
- * embedded node's fieldDef names a released record. CleanCtrlBlkX releases what was built.
+ * released, also those that the caller had put there), while header and carried members stay
+ * written; after KORV_NO_MEMORY_REFERENCE the embedded node's fieldDef names a released record.
+ * CleanCtrlBlkX releases what was built.
  *
  * @code
  * CtrlBlkX* block = calloc(1, sizeof *block);

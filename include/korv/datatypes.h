@@ -144,11 +144,12 @@ KORV_API int32_t KORV_IsWideCharacterDatatype(int16_t code);
 
 /** GetSrcBufLen completes value->length, the bytes of the buffer that holds the value, by a type:
  *
- *     fixed text, DECIMAL_PACKED, 101  left as it stands
- *     variable text if not above 0: the low 16 bits become the length prefix, the high 16 bits
- *     stay, and 2 is added to the whole terminated text if not above 0: the length in characters,
- *     cut to a signed 16-bit number, times the unit, plus one unit for its end other numbers, ODBC
- *     records the type's bytes, always
+ * - fixed text, DECIMAL_PACKED, 101: left as it stands;
+ * - variable text, where the length is not above 0: its low 16 bits become the length prefix, its
+ *   high 16 bits stay, and 2 is added to the whole;
+ * - terminated text, where the length is not above 0: the text's length in characters, cut to a
+ *   signed 16-bit number, times the unit, plus one unit for its end;
+ * - other numbers and ODBC records: the type's bytes, whatever the length was.
  *
  * @param[in,out] value  the value
  * @param         code   data type code

@@ -69,7 +69,8 @@ KORV_API int32_t PXIntToNumW(int32_t value, int16_t width, wchar_t* field);
  *
  * @param      field   the characters
  * @param      digits  how many are read; 0 or less reads none, and the value 0
- * @param      width   bytes of the field; it is `digits` bytes long when that is more
+ * @param      width   bytes of the field; it is `digits` bytes long when that is more. Behind the
+ *                     digits `width` - `digits` blanks are required, also of a negative `digits`
  * @param[out] value   the number; left alone on failure
  * @retval KORV_SUCCESS read
  * @retval KORV_FAILURE a digit is none, or the tail is not blank */
@@ -83,7 +84,8 @@ KORV_API int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t wid
  *
  * @param      field   the characters
  * @param      digits  how many are read; 0 or less reads none, and the value 0
- * @param      width   characters of the field; it is `digits` long when that is more
+ * @param      width   characters of the field; it is `digits` long when that is more. Behind the
+ *                     digits `width` - `digits` blanks are required, also of a negative `digits`
  * @param[out] value   the number; left alone on failure
  * @retval KORV_SUCCESS read
  * @retval KORV_FAILURE a digit is none, or the tail is not blank */
@@ -98,11 +100,11 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
  * Then the digits are transposed in groups of four by one of 23 permutations: which one, the
  * remainder of the key by 23 tells, plus 23 when it is negative.
  *
- * Lengths 4, 8 and 12 are fully defined. At other lengths digits are lost: in an incomplete group a
- * position that names a digit beyond the last becomes zero (the code 0). Every character counts as
- * a digit code - 0x30; a non-digit or a negative shift gives characters 0x27 to 0x2F. A zero code
- * ends the number early, unless it is the first character and shifted, which makes it a character
- * like any other.
+ * Lengths 4, 8 and 12 are fully defined. At other lengths digits may be lost: in an incomplete
+ * group a position that names a digit beyond the last becomes zero (the code 0). Every character
+ * counts as a digit code - 0x30; a non-digit or a negative shift can give characters 0x27 to 0x2F.
+ * A zero code ends the number early, unless it is the first character and shifted, which makes it a
+ * character like any other.
  *
  * @code
  * char digits[] = "123456789012";

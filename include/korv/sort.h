@@ -9,7 +9,7 @@
 extern "C" {
 #endif
 
-/** Compares two elements for KorvQSort. It must not change the array.
+/** Compares two elements for KorvQSort. It must neither change the array nor throw.
  *
  * @param first    an element
  * @param second   another element

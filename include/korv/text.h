@@ -49,9 +49,10 @@ KORV_API int32_t toportwlower(int32_t code);
 /** StringWCaseCompare orders two zero-terminated wide texts without regard to case (towlower, by
  * the locale of the host).
  *
- * When no character was compared because one text is empty, the "last common character" is that of
- * this function's previous call in the same thread: of `second`, when `first` is empty, and of
- * `first` otherwise. It is 0 in a thread that has compared none.
+ * When no character was compared because one text is empty, the result is made of the pair that
+ * this function compared last in the same thread, in whichever call, whether they were equal or
+ * not: of its character of `second`, when `first` is empty, and of `first` otherwise. It is 0 in a
+ * thread that has compared none.
  *
  * @param first   a text
  * @param second  another text
@@ -67,7 +68,7 @@ KORV_API int32_t StringWCaseCompare(const wchar_t* first, const wchar_t* second)
  * @param first   a text
  * @param second  another text
  * @param count   characters; 0 gives 0; a negative count compares nothing: unless both texts are
- *                empty, the result is the remembered character
+ *                empty, the result is made of the remembered pair
  * @return as StringWCaseCompare */
 KORV_API int32_t StringWNCaseCompare(const wchar_t* first, const wchar_t* second, int32_t count);
 
@@ -97,7 +98,7 @@ KORV_API int32_t StringWNCaseCompare(const wchar_t* first, const wchar_t* second
  * @endcode
  *
  * @param      source     the list
- * @param[out] output     the element, zero-terminated
+ * @param[out] output     the element, zero-terminated; must not overlap `source`
  * @param[out] length     the element's length in characters
  * @param      delimiter  ends an element; zero never occurs
  * @param      ignored    bounds nothing
@@ -131,7 +132,8 @@ KORV_API int32_t GetKeyValue(const char* source, char* output, int32_t maxCount,
  *                            otherwise left cut: the delimiter behind each piece is zero
  * @param[out]    length      with a mode of 1 the characters of the result, otherwise left alone
  * @param         delimiters  the set, zero-terminated
- * @param[out]    work        the result, zero-terminated; room for all of source and its terminator
+ * @param[out]    work        the result, zero-terminated; room for all of source and its
+ *                            terminator, apart from it
  * @param         mode        exactly 1 copies the result back to `source`
  * @retval KORV_SUCCESS trimmed
  * @retval KORV_FAILURE source is empty (nothing is written) */
@@ -154,7 +156,8 @@ KORV_API int32_t NormalizeColName(wchar_t* name, int32_t maxLength);
  *
  * @param      source       UTF-16 units
  * @param      sourceBytes  bytes of the source; a partial unit at its end is left out
- * @param[out] target       room for `targetBytes` bytes
+ * @param[out] target       room for `targetBytes` bytes; on failure it may hold the part converted
+ *                          so far
  * @param      targetBytes  bytes of the target; a partial unit at its end is left out
  * @param[out] count        the count that the companion reports, unchanged (the one built here
  *                          counts target units); left alone on failure
@@ -168,7 +171,8 @@ KORV_API int32_t KORV_Utf16ToUtf32(const uint16_t* source, int32_t sourceBytes, 
  *
  * @param      source       wide text
  * @param      sourceBytes  bytes of the source; a partial unit at its end is left out
- * @param[out] target       room for `targetBytes` bytes
+ * @param[out] target       room for `targetBytes` bytes; on failure it may hold the part converted
+ *                          so far
  * @param      targetBytes  bytes of the target; a partial unit at its end is left out
  * @param[out] count        the count that the companion reports, unchanged (the one built here
  *                          counts target units); left alone on failure
@@ -182,7 +186,8 @@ KORV_API int32_t KORV_Utf32ToUtf16(const wchar_t* source, int32_t sourceBytes, u
  *
  * @param         text      the text
  * @param[in,out] units     with `allocate` a new block, which the caller releases with free();
- *                          otherwise it points to a buffer of at least 2 * n + 2 bytes
+ *                          otherwise it points to a buffer of at least 2 * n + 2 bytes that does
+ *                          not overlap the text
  * @param         allocate  other than 0: allocate
  * @retval KORV_SUCCESS narrowed
  * @retval KORV_FAILURE an empty text (nothing is written), or no memory (*units is null) */

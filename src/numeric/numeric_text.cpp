@@ -144,8 +144,9 @@ template <class Char>
     for (; at < digits; ++at) {
         if (!appendDigit(field[at], number)) return KORV_FAILURE;
     }
-    if (width > at) {
-        return acceptBlankTail(field + at, static_cast<std::size_t>(width - at), number, value);
+    // A negative count reads no digit, and makes the tail longer than the field.
+    if (width > digits) {
+        return acceptBlankTail(field + at, static_cast<std::size_t>(width - digits), number, value);
     }
     value = static_cast<int32_t>(number);
     return KORV_SUCCESS;

@@ -207,10 +207,10 @@ TYPED_TEST(DigitFieldsReadTest, A257thTailCharacterMustBeZeroAndNarrowTailsEndTh
     EXPECT_EQ(-1, this->read(blanks.data(), 0, 400));
 }
 
-TYPED_TEST(DigitFieldsReadTest, ANegativeDigitCountIsZero) {
-    for (int digits : {-1, -2, -20, -32768}) {
-        for (int width = -3; width <= 20; ++width) {
-            const std::size_t size = static_cast<std::size_t>(std::max(width, 0));
+TYPED_TEST(DigitFieldsReadTest, ANegativeDigitCountMakesTheBlankTailLonger) {
+    for (int digits : {-1, -2, -3, -20, -240, -32768}) {
+        for (int width = -5; width <= 20; ++width) {
+            const std::size_t size = static_cast<std::size_t>(std::clamp(width - digits, 0, 300));
             auto field = this->text(std::string(size, ' '));
             this->compare(field, digits, width);
             for (std::size_t at = 0; at < size; ++at) {

@@ -1,7 +1,6 @@
 // Integers to digit fields and back, digit by digit.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -19,20 +18,20 @@ std::basic_string<Char> divided(int32_t& value, int width) {
     return field;
 }
 
-// Whether the field is a number, and which.
+// Whether the field is a number, and which. With a negative count the tail begins the field.
 template <class Char>
 bool readField(const Char* field, int digits, int width, int32_t& value) {
     uint32_t number = 0;
-    digits = std::max(digits, 0);
-    for (int i = 0; i < digits; ++i) {
-        const int32_t code = field[i];  // a narrow character is signed
+    int at = 0;
+    for (; at < digits; ++at) {
+        const int32_t code = field[at];  // a narrow character is signed
         if (code < 0x30 || code > 0x39) return false;
         number = number * 10 + static_cast<uint32_t>(code - 0x30);
     }
     for (int i = 0; i < width - digits; ++i) {
         if (i > 256) return false;
         const Char wanted = i < 256 ? 0x20 : 0;
-        if (field[digits + i] != wanted) return false;
+        if (field[at + i] != wanted) return false;
         if (sizeof(Char) == sizeof(wchar_t) && wanted == 0) break;
     }
     value = static_cast<int32_t>(number);
