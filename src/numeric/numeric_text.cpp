@@ -132,8 +132,13 @@ bool appendFourDigits(const char* characters, uint32_t& number) noexcept {
 static_assert(std::endian::native == std::endian::little);
 
 template <class Char>
-[[gnu::always_inline]] inline int32_t readField(const Char* field, int16_t digits, int16_t width,
+[[gnu::always_inline]] inline int32_t readField(const Char* field, int32_t digits, int32_t width,
                                                 int32_t& value) noexcept {
+    // A negative count reads no digit, and makes the tail longer than the field.
+    if (digits < 0) [[unlikely]] {
+        width -= digits;
+        digits = 0;
+    }
     uint32_t number = 0;
     int32_t at = 0;
     if constexpr (sizeof(Char) == 1) {
@@ -144,9 +149,8 @@ template <class Char>
     for (; at < digits; ++at) {
         if (!appendDigit(field[at], number)) return KORV_FAILURE;
     }
-    // A negative count reads no digit, and makes the tail longer than the field.
-    if (width > digits) {
-        return acceptBlankTail(field + at, static_cast<std::size_t>(width - digits), number, value);
+    if (width > at) {
+        return acceptBlankTail(field + at, static_cast<std::size_t>(width - at), number, value);
     }
     value = static_cast<int32_t>(number);
     return KORV_SUCCESS;
