@@ -42,6 +42,9 @@ foreach(name IN ITEMS korv-support korv-datacnv)
 endforeach()
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+              ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/provider_template
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT documentation PATTERN reference EXCLUDE)

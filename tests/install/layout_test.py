@@ -10,9 +10,11 @@ PACKAGES = {"pkgconfig/korv-support.pc", "pkgconfig/korv-datacnv.pc"} | {
     for name in ("config", "config-version", *TARGETS)} | {
     f"cmake/korv-support/korv-datacnv-{name}.cmake" for name in TARGETS}
 HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
-DOCUMENTS = {"README.md", "CHANGELOG.md"} | {
+TEMPLATE = SOURCE / "examples/provider_template"
+DOCUMENTS = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md"} | {
     f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
-    if path.is_file() and path.parent.name != "reference"}
+    if path.is_file() and path.parent.name != "reference"} | {
+    f"examples/provider_template/{path.name}" for path in TEMPLATE.iterdir()}
 
 
 def below(folder, names):
