@@ -4,6 +4,7 @@ import argparse
 import csv
 import json
 import pathlib
+import re
 import statistics
 import subprocess
 import sys
@@ -135,7 +136,7 @@ def main():
     else:
         raw = run_benchmark(options)
         report = {"context": raw["context"], "rows": list(rows_of(medians(raw)))}
-        if not options.no_host:
+        if not options.no_host and re.search(options.filter, host.FUNCTION):
             report["rows"] += host.rows(options.build)
     add_goals(report["rows"], goals)
     result.write_text(json.dumps(report, indent=1) + "\n")

@@ -27,7 +27,7 @@ def compounds(kind: str) -> list[Xml.Element]:
 
 
 def title(page: Roff, name: str, section: int) -> None:
-    page.line(f'.TH {name} {section} "" "korv-support {VERSION}" "korv support library"')
+    page.line(f'.TH {name} {section} "" "korv-support {VERSION}" "korv"')
 
 
 def summary(node: Xml.Element, name: str) -> str:

@@ -6,7 +6,7 @@
  * They hold for every function unless its own comment says otherwise.
  *
  *  1. **Results.** A function that can fail returns a signed 32-bit status: 0 is success (and 65
- *     that of GetDataTypeLengths), every other value is named in KorvStatus. Nothing is logged and
+ *     that of GetDataTypeLengths), the others are named in KorvStatus, but for the companion's, which are passed on. Nothing is logged and
  *     nothing is thrown.
  *  2. **Failure.** On failure an output is left as it was. Where members of a record have been
  *     written before the failure, the function's comment says which.

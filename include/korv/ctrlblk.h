@@ -249,7 +249,7 @@ typedef struct PrvRecord {
 /* ---- Conversion ------------------------------------------------------------------------------ */
 
 /** KORVCnvCtrlBlkFromIToX fills an X block from an I block: header, carried members, a field
- * definition for each of the I block's, and a reference node for each of its.
+ * definition for each field, and a reference node for each reference.
  *
  * Written: everything but reserved1 and blkSlot. With an empty I field list fieldDefs stays as the
  * caller set it; a list that it held before is otherwise dropped, not released. Reference nodes
@@ -274,7 +274,7 @@ typedef struct PrvRecord {
  * @endcode
  *
  * @param      source  the framework's block
- * @param[out] target  zero-filled, and to be released by CleanCtrlBlkX taken from malloc()
+ * @param[out] target  zero-filled; taken from malloc(), if CleanCtrlBlkX is to release it
  * @retval KORV_SUCCESS             converted
  * @retval KORV_FAILURE             an argument is empty; nothing is written
  * @retval KORV_NO_MEMORY_FIELD     no memory for a field definition
@@ -303,7 +303,7 @@ KORV_API int32_t KORVCnvOprDefFromIToX(const OprDefI* source, OprDefX* target);
  *
  * @param      block   must be valid and should be converted already
  * @param      source  the framework's service definition
- * @param[out] target  zero-filled, and to be released by CleanSvcDefX taken from malloc()
+ * @param[out] target  zero-filled; taken from malloc(), if CleanSvcDefX is to release it
  * @retval KORV_SUCCESS           converted
  * @retval KORV_FAILURE           source or target is empty; nothing is written
  * @retval KORV_NO_MEMORY_OPERAND no memory for an operand: oprDefs is released and empty, the other
