@@ -96,10 +96,10 @@ class Library:
 class Bench:
     """One worker's place: its copy of the sources, in which one file at a time is changed."""
 
-    def __init__(self, library: Library, number: int) -> None:
-        self.library = library
-        self.folder = library.work / f"worker-{number}"
-        shutil.copytree(library.work / "src", self.folder / "src")
+    def __init__(self, original: Library, number: int) -> None:
+        self.original = original
+        self.folder = original.work / f"worker-{number}"
+        shutil.copytree(original.work / "src", self.folder / "src")
 
     @contextmanager
     def changed(self, mutant: Mutant) -> Iterator[list[str]]:
@@ -108,20 +108,20 @@ class Bench:
         source = path.read_text()
         path.write_text(mutant.apply(source))
         try:
-            yield [file for file, read in self.library.includes.items() if mutant.file in read]
+            yield [file for file, read in self.original.includes.items() if mutant.file in read]
         finally:
             path.write_text(source)
 
     def build(self, mutant: Mutant) -> bytes | None:
         """The changed library, also left in the folder; None when it does not compile."""
         with self.changed(mutant) as files:
-            if not all(self.library.compile(file, self.folder) for file in files):
+            if not all(self.original.compile(file, self.folder) for file in files):
                 return None
-            if not self.library.link(self.folder, set(files)):
+            if not self.original.link(self.folder, set(files)):
                 return None
         return (self.folder / TARGET).read_bytes()
 
     def is_undefined(self, mutant: Mutant) -> bool:
         """Whether the compiler sees that the change leads outside an array or to no value."""
         with self.changed(mutant) as files:
-            return not all(self.library.compile(file, self.folder, UNDEFINED) for file in files)
+            return not all(self.original.compile(file, self.folder, UNDEFINED) for file in files)

@@ -18,7 +18,7 @@ MORE = 50
 
 @dataclass
 class Trial:
-    library: Library
+    original: Library
     programs: list[Program]
     explained: set[Key]
     everything: bool
@@ -26,7 +26,7 @@ class Trial:
     def run(self, units: list[MutantsOfUnit], jobs: int) -> list[Result]:
         benches: queue.Queue[Bench] = queue.Queue()
         for number in range(jobs):
-            benches.put(Bench(self.library, number))
+            benches.put(Bench(self.original, number))
 
         def task(unit: MutantsOfUnit) -> Result:
             bench = benches.get()
@@ -49,7 +49,7 @@ class Trial:
         count = len(unit.mutants)
         wanted = count if self.everything else ENOUGH[unit.is_function] + count // MORE
         result = Result(unit)
-        seen = {bench.library.unchanged}
+        seen = {bench.original.unchanged}
         for mutant in unit.mutants:
             if result.counted == wanted or result.tried == 3 * wanted:
                 break
