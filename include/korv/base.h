@@ -6,8 +6,8 @@
  * They hold for every function unless its own comment says otherwise.
  *
  *  1. **Results.** A function that can fail returns a signed 32-bit status: 0 is success (and 65
- *     that of GetDataTypeLengths), the others are named in KorvStatus, but for the companion's, which are passed on. Nothing is logged and
- *     nothing is thrown.
+ *     that of GetDataTypeLengths), the others are named in KorvStatus, but for the companion's,
+ *     which are passed on. Nothing is logged and nothing is thrown.
  *  2. **Failure.** On failure an output is left as it was. Where members of a record have been
  *     written before the failure, the function's comment says which.
  *  3. **Null.** "Empty" means a null pointer. A pointer is tested only where the comment promises a
