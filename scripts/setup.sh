@@ -3,7 +3,7 @@
 korv_setup() {
     local package missing=()
     for package in cmake ninja-build g++ g++-multilib libcli11-dev python3 "$@"; do
-        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+        [[ $(dpkg-query -W -f '${Status}' "$package" 2>/dev/null) == *'ok installed' ]] ||
             missing+=("$package")
     done
     [ ${#missing[@]} -eq 0 ] && return 0
