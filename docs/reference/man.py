@@ -2,11 +2,13 @@
 
 Usage: man.py XML-FOLDER LAYOUTS.json VERSION TARGET-FOLDER
 
-One page for each function and record, korv_NAME.3, and one for the conventions, korv_conventions.7.
-Functions that share their text, as twins do, have pages of their own.
+One page for each function, record and header, korv_NAME.3, and one for the conventions,
+korv_conventions.7. Functions that share their text, as twins do, have pages of their own. Constants,
+types, tables, and all of the C++ header are in the page of their header.
 """
 import json
 import pathlib
+import re
 import sys
 import textwrap
 import xml.etree.ElementTree as Xml
@@ -26,8 +28,12 @@ def compounds(kind: str) -> list[Xml.Element]:
             for entry in parse("index.xml").findall("compound") if entry.get("kind") == kind]
 
 
-def title(page: Roff, name: str, section: int) -> None:
-    page.line(f'.TH {name} {section} "" "korv-support {VERSION}" "korv"')
+def opened(name: str, section: int, purpose: str) -> Roff:
+    page = Roff()
+    page.line(f'.TH korv_{name} {section} "" "korv-support {VERSION}" "korv"')
+    page.section("NAME")
+    page.line(f"korv_{name} \\- {purpose}")
+    return page
 
 
 def summary(node: Xml.Element, name: str) -> str:
@@ -45,10 +51,7 @@ def prototype(function: Xml.Element) -> str:
 
 def function_page(function: Xml.Element, header: str, statuses: dict[str, int]) -> str:
     name = function.findtext("name")
-    page = Roff()
-    title(page, f"korv_{name}", 3)
-    page.section("NAME")
-    page.line(f"korv_{name} \\- {summary(function, name)}")
+    page = opened(name, 3, summary(function, name))
     page.section("SYNOPSIS")
     page.verbatim(f"#include <{header}>\n\n{prototype(function)}")
     page.section("DESCRIPTION")
@@ -69,10 +72,7 @@ def function_page(function: Xml.Element, header: str, statuses: dict[str, int]) 
 def record_page(record: Xml.Element) -> str:
     name = record.findtext("compoundname")
     layout = RECORDS[name]
-    page = Roff()
-    title(page, f"korv_{name}", 3)
-    page.section("NAME")
-    page.line(f"korv_{name} \\- {summary(record, name)}")
+    page = opened(name, 3, summary(record, name))
     page.section("SYNOPSIS")
     page.verbatim(f"#include <korv/{record.find('includes').text}>")
     page.section("DESCRIPTION")
@@ -93,11 +93,88 @@ def record_page(record: Xml.Element) -> str:
     return page.text()
 
 
+def described(member: Xml.Element) -> str:
+    texts = [member.find("briefdescription"), *member.findall("detaileddescription/para")]
+    return " ".join(inline(text) for text in texts).strip()
+
+
+def full_name(member: Xml.Element) -> str:
+    return member.findtext("qualifiedname") or member.findtext("name")
+
+
+def item(page: Roff, member: Xml.Element, value: str = "") -> None:
+    page.item(f"\\fI{escaped(full_name(member))}\\fR{escaped(value)}", described(member))
+
+
+def constants(page: Roff, defines: list[Xml.Element], enums: list[Xml.Element]) -> None:
+    """Macros that stand for a value, and enumerations."""
+    plain = [member for member in defines
+             if member.find("param") is None and member.find("initializer") is not None
+             and "attribute" not in member.findtext("initializer")]
+    if plain or enums:
+        page.section("CONSTANTS")
+    for member in plain:
+        item(page, member, f" ({member.findtext('initializer')})")
+    for enum in enums:
+        page.subsection(full_name(enum))
+        page.line(described(enum))
+        number = -1
+        for value in enum.iter("enumvalue"):
+            given = value.findtext("initializer")
+            number = int(given.strip("= ()")) if given else number + 1
+            item(page, value, f" ({number})")
+
+
+def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
+                members: list[Xml.Element]) -> str:
+    """What a header declares, but for the functions and records that have pages of their own."""
+    page = opened(file.findtext("compoundname"), 3, summary(file, header))
+    page.section("SYNOPSIS")
+    page.verbatim(f"#include <{header}>")
+    if file.find("detaileddescription/para") is not None:
+        page.section("DESCRIPTION")
+        page.paragraphs(file.find("detaileddescription"))
+
+    def of(kind: str) -> list[Xml.Element]:
+        return [member for member in members if member.get("kind") == kind]
+
+    constants(page, of("define"), of("enum"))
+    types = [member for member in of("typedef")
+             if not re.match(r"(struct|enum|char)\b", type_text(member))]
+    if types or classes:
+        page.section("TYPES")
+    for member in classes:
+        page.item(f"\\fI{escaped(member.findtext('compoundname'))}\\fR", described(member))
+    for member in types:
+        item(page, member)
+        page.verbatim(type_text(member) + (member.findtext("argsstring") or ""))
+    if of("variable"):
+        page.section("TABLES")
+    for member in of("variable"):
+        item(page, member)
+        page.verbatim(f"{type_text(member)} {member.findtext('name')}{member.findtext('argsstring')}")
+    functions = of("function")
+    if classes:
+        page.section("FUNCTIONS")
+        for member in functions:
+            item(page, member)
+            page.verbatim(prototype(member))
+    page.examples(file)
+    page.section("SEE ALSO")
+    pages = [] if classes else [member.findtext("name") for member in functions]
+    pages += [record.text for record in file.findall("innerclass") if record.text in RECORDS]
+    for name in pages:
+        page.line(f".BR korv_{name} (3),")
+    page.line(".BR korv_conventions (7)")
+    return page.text()
+
+
+def type_text(member: Xml.Element) -> str:
+    return "".join(member.find("type").itertext())
+
+
 def conventions_page() -> str:
-    page = Roff()
-    title(page, "korv_conventions", 7)
-    page.section("NAME")
-    page.line("korv_conventions \\- what holds for every function of the korv support library")
+    page = opened("conventions", 7, "what holds for every function of the korv support library")
     page.section("DESCRIPTION")
     page.paragraphs(parse("conventions.xml").find("compounddef/detaileddescription"))
     return page.text()
@@ -142,10 +219,20 @@ def main() -> None:
              for function, header in functions}
     pages |= {f"man3/korv_{record.findtext('compoundname')}.3": record_page(record)
               for record in records}
+    classes = [record for record in compounds("struct") + compounds("class")
+               if "::" in record.findtext("compoundname")]
+    inside = [member for space in compounds("namespace") for member in space.iter("memberdef")]
+    headers = [file for file in files if file.findtext("compoundname").endswith((".h", ".hpp"))]
+    for file in headers:
+        name = file.findtext("compoundname")
+        header = file.find("location").get("file").removeprefix("include/")
+        parts = (classes, inside) if name.endswith(".hpp") else ([], list(file.iter("memberdef")))
+        pages[f"man3/korv_{name}.3"] = header_page(file, header, *parts)
     pages["man7/korv_conventions.7"] = conventions_page()
     for path, text in pages.items():
         (target / path).write_text(text, encoding="utf-8")
-    print(f"{len(functions)} functions, {len(records)} records, {len(pages)} manual pages")
+    print(f"{len(functions)} functions, {len(records)} records, {len(headers)} headers, "
+          f"{len(pages)} manual pages")
 
 
 if __name__ == "__main__":

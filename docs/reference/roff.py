@@ -1,7 +1,8 @@
 """A manual page in the making: Doxygen's XML on one side, man macros on the other."""
 import xml.etree.ElementTree as Xml
 
-BLOCKS = ("parameterlist", "simplesect", "programlisting", "image")
+LISTS = ("orderedlist", "itemizedlist")
+BLOCKS = ("parameterlist", "simplesect", "programlisting", "image", "verbatim", *LISTS)
 
 
 def escaped(text: str) -> str:
@@ -41,6 +42,9 @@ class Roff:
     def section(self, name: str) -> None:
         self.lines.append(f".SH {name}")
 
+    def subsection(self, name: str) -> None:
+        self.lines.append(f'.SS "{escaped(name)}"')
+
     def paragraph(self, text: str) -> None:
         self.lines.append(".PP")
         self.line(text)
@@ -56,21 +60,24 @@ class Roff:
     def paragraphs(self, node: Xml.Element) -> None:
         """The prose of a description; lists of parameters and the like have sections of their own."""
         for para in node.findall("para"):
-            for verbatim in para.findall("verbatim"):
-                self.verbatim(verbatim.text)
-            lists = para.findall("orderedlist") + para.findall("itemizedlist")
-            for element in lists:
-                for number, entry in enumerate(element.findall("listitem"), 1):
-                    head = f"{number}." if element.tag == "orderedlist" else "\\(bu"
-                    self.lines.append(f".IP {head} 4")
-                    for part in entry.findall("para"):
-                        self.line(inline(part))
-            text = inline(para) if not lists and not para.findall("verbatim") else ""
+            text = inline(para)
             if text:
                 self.paragraph(text)
+            for block in para:
+                if block.tag == "verbatim":
+                    self.verbatim(block.text)
+                elif block.tag in LISTS:
+                    self.entries(block)
             for code in para.findall("programlisting"):
                 if node.tag != "detaileddescription":
                     self.verbatim(listing(code))
+
+    def entries(self, node: Xml.Element) -> None:
+        for number, entry in enumerate(node.findall("listitem"), 1):
+            head = f"{number}." if node.tag == "orderedlist" else "\\(bu"
+            self.lines.append(f".IP {head} 4")
+            for part in entry.findall("para"):
+                self.line(inline(part))
 
     def parameters(self, name: str, node: Xml.Element, kind: str, values: dict[str, int]) -> None:
         lists = [part for part in node.iter("parameterlist") if part.get("kind") == kind]

@@ -5,15 +5,15 @@
  * same interface: the support library links against it, and whoever has the framework's own puts
  * that in its place at load time.
  *
- * Common to the text and integer conversions
- *   source          the value
- *   sourceLen       its length where the form needs one, otherwise points to 0; never written
- *   target          wide (or narrow) buffer; zero-terminated on success
- *   targetCapacity  its size in bytes, terminator included; nothing is written past it, and a
- *                   partial unit at its end is not used
- *   outLen          receives the characters written, terminator not counted
- *   options         code page and flag of the narrow text, or null: then each narrow byte is one
- *                   ISO 8859-1 character
+ * Common to the text and integer conversions are
+ * - source: the value;
+ * - sourceLen: its length where the form needs one, otherwise points to 0; never written;
+ * - target: wide (or narrow) buffer; zero-terminated on success;
+ * - targetCapacity: its size in bytes, terminator included; nothing is written past it, and a
+ *   partial unit at its end is not used;
+ * - outLen: receives the characters written, terminator not counted;
+ * - options: code page and flag of the narrow text, or null: then each narrow byte is one ISO
+ *   8859-1 character.
  *
  * Every function returns a CnvStatus. On failure the target holds nothing but a terminator (if it
  * has room for one) and *outLen is left alone. Of several faults the first from the start of the
@@ -21,15 +21,19 @@
  * them. Values need not be aligned where they may stand behind a length prefix or inside a row:
  * variable text and integers. All functions may run in any number of threads at once.
  *
- * Code pages
- *   Numbers are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Whatever the
- *   system's iconv knows as CPn or IBMn is available, and besides
- *     819, 28591     ISO 8859-1             1208, 65001    UTF-8, strict: no overlong forms
- *     367, 20127     ASCII                  1200, 1201     UTF-16, little-endian and big-endian
- *     28592 - 28605  ISO 8859-2 to 8859-15  12000, 12001   UTF-32, little-endian and big-endian
- *     1392, 54936    GB 18030               51932          EUC-JP
- *   A byte order mark is neither expected nor written: it is a character like any other. Narrow
- *   text always ends with one zero byte, also where the units of the code page are wider.
+ * Numbers of code pages are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Whatever the
+ * system's iconv knows as CPn or IBMn is available, and besides
+ * - 819, 28591: ISO 8859-1;
+ * - 367, 20127: ASCII;
+ * - 28592 - 28605: ISO 8859-2 to 8859-15;
+ * - 1208, 65001: UTF-8, strict: no overlong forms;
+ * - 1200, 1201: UTF-16, little-endian and big-endian;
+ * - 12000, 12001: UTF-32, little-endian and big-endian;
+ * - 1392, 54936: GB 18030;
+ * - 51932: EUC-JP.
+ *
+ * A byte order mark is neither expected nor written: it is a character like any other. Narrow text
+ * always ends with one zero byte, also where the units of the code page are wider.
  */
 #ifndef KORV_DATACNV_H
 #define KORV_DATACNV_H

@@ -1,6 +1,6 @@
 /** @file
- * C++ on top of the C interface, C++17 or later: owners, ranges over the records' lists, and status
- * codes with names.
+ * Comfort in C++17 or later on top of the C interface: owners, ranges over the records' lists, and
+ * status codes with names.
  *
  * It adds nothing at run time over the calls by hand and hides none of them: every owner gives its
  * pointer away by get() and release(). Nothing here throws.

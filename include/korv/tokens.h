@@ -3,9 +3,9 @@
  *
  * The catalogue is the two lists below; the constants KORV_TOKID_... and the table gTokenIds are
  * both made from them. Identifiers are 32-bit unsigned numbers, contiguous from 0:
- *   0    marks an unused token slot
- *   55   keeps its place between the lists so that later numbers stand; it has no constant
- *   91   KORV_TOKID_COUNT, the number of entries before it; from here on nothing is a token
+ * - 0 marks an unused token slot;
+ * - 55 keeps its place between the lists so that later numbers stand; it has no constant;
+ * - 91 is KORV_TOKID_COUNT, the number of entries before it; from here on nothing is a token.
  */
 #ifndef KORV_TOKENS_H
 #define KORV_TOKENS_H
