@@ -1,5 +1,7 @@
 // The same work by hand and with the C++ header: same_code.py compares the pairs by_hand_X and
 // with_header_X, instruction by instruction. Nothing here runs.
+#include <cwchar>
+
 #include "korv/korv.hpp"
 
 #if defined(__cpp_exceptions)
@@ -49,6 +51,37 @@ int32_t with_header_service(const CtrlBlkX* block, const SvcDefI* source) {
     return KORVCnvSvcDefFromIToX(block, source, service.get());
 }
 
+// Both records of a request, in place of those of an earlier one.
+struct Converted {
+    CtrlBlkX* block;
+    SvcDefX* service;
+};
+static void replaceBlock(Converted* converted, CtrlBlkX* block) {
+    CtrlBlkX* const old = converted->block;
+    converted->block = block;
+    if (old) CleanCtrlBlkX(old);
+}
+static void replaceService(Converted* converted, SvcDefX* service) {
+    SvcDefX* const old = converted->service;
+    converted->service = service;
+    if (old) CleanSvcDefX(old);
+}
+int32_t by_hand_conversion(const CtrlBlkI* request, const SvcDefI* source, Converted* converted) {
+    replaceService(converted, static_cast<SvcDefX*>(std::calloc(1, sizeof(SvcDefX))));
+    replaceBlock(converted, static_cast<CtrlBlkX*>(std::calloc(1, sizeof(CtrlBlkX))));
+    int32_t status = KORVCnvCtrlBlkFromIToX(request, converted->block);
+    if (status == 0) status = KORVCnvSvcDefFromIToX(converted->block, source, converted->service);
+    if (status != 0) {
+        replaceService(converted, nullptr);
+        replaceBlock(converted, nullptr);
+    }
+    return status;
+}
+int32_t with_header_conversion(const CtrlBlkI* request, const SvcDefI* source,
+                               korv::Request* converted) {
+    return static_cast<int32_t>(korv::Request::convert(*request, *source, *converted));
+}
+
 // Ownership that comes in, passes on or goes out.
 void by_hand_operands(OprDefX* first) {
     TRY use(first);
@@ -89,9 +122,9 @@ int32_t by_hand_units(const wchar_t* text) {
 }
 int32_t with_header_units(const wchar_t* text) {
     korv::Owner<uint16_t> units;
-    const int32_t status = korv::narrowedUnits(text, units);
+    const korv::Status status = korv::narrowedUnits(text, units);
     if (units) use(units.get());
-    return status;
+    return static_cast<int32_t>(status);
 }
 
 // Blocks that a record holds.
@@ -185,6 +218,64 @@ uint32_t with_header_tokens(const ErrorAnchor* anchor) {
         for (const TokenSlot& slot : korv::tokens(record)) used += slot.tokenId;
     }
     return used;
+}
+
+std::size_t by_hand_names(const CtrlBlkX* block) {
+    std::size_t sum = 0;
+    for (const FieldDefX* field = block->fieldDefs; field; field = field->link) {
+        sum += field->wideText ? std::wcslen(field->wideText) : 0;
+    }
+    return sum;
+}
+std::size_t with_header_names(const CtrlBlkX* block) {
+    std::size_t sum = 0;
+    for (const FieldDefX& field : korv::fields(*block)) sum += korv::view(field.wideText).size();
+    return sum;
+}
+
+// The elements of a list, one after the other in a block of the library.
+int32_t by_hand_elements(const wchar_t* list) {
+    const wchar_t* const source = list ? list : L"";
+    const std::size_t bytes = (std::wcslen(source) + 1) * sizeof(wchar_t);
+    korv::WorkBuffer buffer = {};
+    int32_t sum = 0;
+    TRY if (bytes <= INT32_MAX) {
+        KORVAllocateBuffer(&buffer.data, &buffer.size, static_cast<int32_t>(bytes));
+    }
+    OR_RELEASE(std::free(buffer.data))
+    auto* const element = static_cast<wchar_t*>(buffer.data);
+    TRY if (element) {
+        uint32_t length = 0;
+        int32_t next = KORV_GetNextElement(source, element, &length, L',', 0, 0);
+        while (next >= -1) {
+            sum += element[0];
+            if (next < 0) break;
+            length = 0;
+            next =
+                KORV_GetNextElement(source, element, &length, L',', 0, static_cast<uint32_t>(next));
+        }
+    }
+    OR_RELEASE(std::free(element))
+    std::free(element);
+    return sum;
+}
+int32_t with_header_elements(const wchar_t* list) {
+    int32_t sum = 0;
+    korv::Elements elements(list);
+    for (const std::wstring_view element : elements) sum += element.data()[0];
+    return sum;
+}
+
+// An error with its tokens.
+void by_hand_error(const CtrlBlkI* request, const wchar_t* name, int32_t length) {
+    if (ErrorCapture(request, 12, 1, 2) != 0) return;
+    TokenCapture(request, name, WVARCHAR_SZ, KORV_TOKID_COLNAME, 0);
+    TokenCapture(request, &length, INTEGER, KORV_TOKID_SRCLEN, 0);
+}
+void with_header_error(const CtrlBlkI* request, const wchar_t* name, int32_t length) {
+    korv::ErrorBuilder(*request, 12, 1, 2)
+        .token(KORV_TOKID_COLNAME, name)
+        .token(KORV_TOKID_SRCLEN, length);
 }
 
 }  // extern "C"

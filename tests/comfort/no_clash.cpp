@@ -12,10 +12,16 @@
 
 using namespace korv;
 
-std::size_t count(const CtrlBlkX& block, const ErrorAnchor& anchor);
-std::size_t count(const CtrlBlkX& block, const ErrorAnchor& anchor) {
+std::size_t count(const CtrlBlkI& request, const CtrlBlkX& block, const ErrorAnchor& anchor);
+std::size_t count(const CtrlBlkI& request, const CtrlBlkX& block, const ErrorAnchor& anchor) {
     std::size_t found = 0;
     for ([[maybe_unused]] const auto& field : fields(block)) ++found;
     for (const ErrorRecord& record : errors(anchor)) found += tokens(record).size();
+    Elements elements(L"A,B");
+    for (const std::wstring_view element : elements) found += element.size();
+    Request converted;
+    if (!succeeded(Request::convert(request, SvcDefI{}, converted))) {
+        ErrorBuilder(request, 1, 2, 1).token(KORV_TOKID_MASK, view(block.fieldDefs->wideText));
+    }
     return found;
 }

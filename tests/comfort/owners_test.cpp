@@ -76,13 +76,13 @@ TEST_F(Owners, ReleaseAnErrorChainWithItsTexts) {
 
 TEST_F(Owners, TakeUnitsThatACallAllocates) {
     korv::Owner<std::uint16_t> units;
-    ASSERT_EQ(0, korv::narrowedUnits(L"ab", units));
+    ASSERT_EQ(korv::Status::success, korv::narrowedUnits(L"ab", units));
     EXPECT_EQ('b', units.get()[1]);
     // What the owner held before goes, also when the call fails.
-    ASSERT_EQ(0, korv::narrowedUnits(L"cd", units));
+    ASSERT_EQ(korv::Status::success, korv::narrowedUnits(L"cd", units));
     EXPECT_EQ('d', units.get()[1]);
     heap::failAt(1);
-    EXPECT_EQ(-1, korv::narrowedUnits(L"ef", units));
+    EXPECT_EQ(korv::Status::failure, korv::narrowedUnits(L"ef", units));
     EXPECT_EQ(nullptr, units);
 }
 

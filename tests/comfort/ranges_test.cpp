@@ -2,6 +2,9 @@
 #include <algorithm>
 #include <iterator>
 #include <ranges>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ctrlblk/records.h"
@@ -17,16 +20,10 @@ auto addresses(const Range& range) {
     return found;
 }
 
-template <class Range>
-constexpr bool isForward = std::ranges::forward_range<Range>;
-static_assert(isForward<korv::List<FieldDefI>> && isForward<korv::List<FieldDefX>>);
-static_assert(isForward<korv::List<const FieldRefX>> && isForward<korv::List<OprDef>>);
-static_assert(isForward<korv::List<ErrorRecord>>);
-static_assert(std::ranges::contiguous_range<korv::Row<TokenSlot>>);
-
 TEST(Ranges, WalkTheFieldsOfBothForms) {
     for (const std::size_t count : {0u, 1u, 2u, 5u}) {
-        const Request request(count, {0});
+        Request request(count, {0});
+        EXPECT_EQ(count == 0, korv::fields(request.block).empty());
         EXPECT_EQ(listed(request.block.fieldDefs), addresses(korv::fields(request.block)));
 
         const auto block = korv::make<CtrlBlkX>();
@@ -59,7 +56,7 @@ TEST(Ranges, WalkTheReferencesFromTheEmbeddedOneOn) {
 // As the conversion counts, but for positions past the end.
 TEST(Ranges, FindTheFieldThatAReferencePicks) {
     const std::vector<int> positions = {0, 1, 2, 3, 32767, -1, -32768, 2};
-    const Request request(3, positions);
+    Request request(3, positions);
     const auto block = korv::make<CtrlBlkX>();
     ASSERT_EQ(0, KORVCnvCtrlBlkFromIToX(&request.block, block.get()));
     std::size_t at = 0;
@@ -70,7 +67,9 @@ TEST(Ranges, FindTheFieldThatAReferencePicks) {
     EXPECT_EQ(positions.size(), at);
     const FieldRefI& second = *request.block.fieldRefs.link;
     EXPECT_EQ(&request.fields[1], korv::pickedField(request.block, second));
-    EXPECT_EQ(nullptr, korv::pickedField(CtrlBlkX{}, FieldRefX{}));
+    EXPECT_EQ(&request.fields[1], korv::pickedField(std::as_const(request.block), second));
+    const CtrlBlkX withoutFields{};
+    EXPECT_EQ(nullptr, korv::pickedField(withoutFields, FieldRefX{}));
 }
 
 TEST(Ranges, WalkTheOperandsOfBothForms) {
@@ -99,6 +98,7 @@ TEST_F(RangesOfErrors, WalkTheRecordsAndTheirSlots) {
     std::vector<std::size_t> sizes;
     for (ErrorRecord& record : korv::errors(*anchor)) {
         const auto slots = korv::tokens(record);
+        EXPECT_EQ(slots.size() == 0, slots.empty());
         sizes.push_back(slots.size());
         EXPECT_EQ(slots.size(),
                   static_cast<std::size_t>(std::distance(slots.begin(), slots.end())));
@@ -123,6 +123,71 @@ TEST_F(RangesOfErrors, ServeTheStandardAlgorithms) {
     EXPECT_EQ(anchor->head, &*passed++);
     EXPECT_EQ(with, passed);
     EXPECT_NE(records.end(), passed);
+}
+
+TEST(Ranges, MakeEmptyOnesByDefault) {
+    EXPECT_TRUE(korv::List<FieldDefX>().empty());
+    EXPECT_TRUE(addresses(korv::List<FieldDefX>()).empty());
+    EXPECT_TRUE(korv::Row<TokenSlot>().empty());
+    EXPECT_TRUE(addresses(korv::Row<TokenSlot>()).empty());
+}
+
+TEST(Ranges, GiveConstantRecordsFromOthers) {
+    Request request(3, {0});
+    const korv::List<const FieldDefI> fields = korv::fields(request.block);
+    EXPECT_EQ(addresses(korv::fields(std::as_const(request.block))), addresses(fields));
+    TokenSlot slots[2] = {};
+    const korv::Row<const TokenSlot> row = korv::Row(slots, 2);
+    EXPECT_EQ(slots, row.begin());
+    EXPECT_EQ(2u, row.size());
+}
+
+// Iterators stay valid without the range that they come from.
+TEST(Ranges, AreBorrowedByTheStandardAlgorithms) {
+    Request request(3, {0});
+    request.fields[1].dataType = WVARCHAR_SZ;
+    const auto found = std::ranges::find(korv::fields(request.block), std::int16_t{WVARCHAR_SZ},
+                                         &FieldDefI::dataType);
+    EXPECT_EQ(&request.fields[1], &*found);
+}
+
+TEST(Ranges, ServeTheStandardViews) {
+    Request request(5, {0});
+    std::uint32_t length = 0;
+    for (FieldDefI& field : request.fields) field.length = ++length;
+    const auto isOdd = [](const FieldDefI& field) { return field.length % 2 == 1; };
+    std::vector<std::uint32_t> lengths;
+    for (const std::uint32_t each : korv::fields(request.block) | std::views::drop(1) |
+                                        std::views::filter(isOdd) |
+                                        std::views::transform(&FieldDefI::length)) {
+        lengths.push_back(each);
+    }
+    EXPECT_EQ((std::vector<std::uint32_t>{3, 5}), lengths);
+
+    for (FieldDefI& field : korv::fields(request.block) | std::views::take(2)) field.length = 9;
+    EXPECT_EQ(9u, request.fields[1].length);
+    EXPECT_EQ(3u, request.fields[2].length);
+}
+
+TEST(Ranges, ServeTheStandardViewsOfSlots) {
+    TokenSlot slots[3] = {{1, nullptr}, {2, nullptr}, {3, nullptr}};
+    std::vector<std::uint32_t> backwards;
+    for (const TokenSlot& slot : korv::Row(slots, 3) | std::views::reverse) {
+        backwards.push_back(slot.tokenId);
+    }
+    EXPECT_EQ((std::vector<std::uint32_t>{3, 2, 1}), backwards);
+    EXPECT_EQ(2u, std::ranges::subrange(korv::Row(slots, 3) | std::views::drop(1)).size());
+}
+
+TEST(Ranges, ServeTheStandardViewsOfElements) {
+    korv::Elements elements(L"a, bc, d\"e");
+    std::vector<std::wstring> found;
+    for (const std::wstring_view element :
+         elements | std::views::filter([](std::wstring_view text) { return text.size() > 1; })) {
+        found.emplace_back(element);
+    }
+    EXPECT_EQ((std::vector<std::wstring>{L"BC"}), found);
+    EXPECT_EQ(korv::Status::failure, elements.status());
 }
 
 }  // namespace

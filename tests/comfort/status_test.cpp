@@ -10,6 +10,12 @@
 
 #include "korv/korv.hpp"
 
+// Only who wants the companion's functions includes their header.
+#ifdef KORV_DATACNV_H
+#error "korv.hpp includes datacnv.h"
+#endif
+#include "korv/datacnv.h"
+
 namespace {
 
 // The constants that an enumeration of a header gives values to, as they stand there.
@@ -54,17 +60,21 @@ TEST(StatusOfComfort, KeepsUnknownCodes) {
 
 TEST(StatusOfComfort, SuccessIsZeroAndTheLengthOfADateAndTime) {
     for (int code = -2; code < 300; ++code) {
-        EXPECT_EQ(code == 0 || code == 65, korv::succeeded(code)) << code;
-        EXPECT_EQ(korv::succeeded(code), korv::succeeded(korv::Status(code))) << code;
+        EXPECT_EQ(code == 0 || code == 65, korv::succeeded(korv::Status(code))) << code;
     }
     FieldDefI field{};
     field.dataType = DATETIME_SZ;
     std::uint32_t length = 0;
-    EXPECT_TRUE(korv::succeeded(GetDataTypeLengths(&field, &length)));
+    EXPECT_TRUE(korv::succeeded(korv::Status(GetDataTypeLengths(&field, &length))));
     EXPECT_EQ(50u, length);
 }
 
 static_assert(korv::Status::noMemoryField == korv::Status(KORV_NO_MEMORY_FIELD));
-static_assert(korv::succeeded(KORV_SUCCESS) && !korv::succeeded(KORV_FAILURE));
+static_assert(korv::Status::targetTooSmall == korv::Status(CNV_TARGET_TOO_SMALL));
+static_assert(korv::Status::malformedSource == korv::Status(CNV_MALFORMED_SOURCE));
+static_assert(korv::Status::unconvertible == korv::Status(CNV_UNCONVERTIBLE));
+static_assert(korv::Status::unknownCodePage == korv::Status(CNV_UNKNOWN_CODE_PAGE));
+static_assert(korv::Status::badLength == korv::Status(CNV_BAD_LENGTH));
+static_assert(korv::Status::noMemory == korv::Status(CNV_NO_MEMORY));
 
 }  // namespace
