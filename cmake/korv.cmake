@@ -21,10 +21,8 @@ if(KORV_SANITIZE)
   target_link_options(korv_flags INTERFACE -fsanitize=${sanitizers})
 endif()
 
-# korv_shared_object(target exports): C++ inside, a plain C interface outside. Exactly the names in the
-# file `exports` are visible, and no C++ run-time library is needed. Callers may enter with a stack
-# that is aligned to 4 bytes only.
-function(korv_shared_object target exports)
+# korv_export_names(target exports): exactly the names in the file `exports` are visible.
+function(korv_export_names target exports)
   file(STRINGS ${exports} lines REGEX "^(function|data) ")
   set(names "")
   foreach(line IN LISTS lines)
@@ -34,9 +32,24 @@ function(korv_shared_object target exports)
   set(map ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
   file(CONFIGURE OUTPUT ${map} CONTENT "{\nglobal:\n${names}local:\n    *;\n};\n" @ONLY)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${exports})
-  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C LINK_DEPENDS ${map}
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map}
                                              CXX_VISIBILITY_PRESET hidden
                                              VISIBILITY_INLINES_HIDDEN ON)
+  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed -Wl,-z,relro
+                                        -Wl,-z,now)
+  # Clang puts the sanitizers' run-time library into the program alone.
+  if(NOT (KORV_SANITIZE AND CMAKE_C_COMPILER_ID MATCHES Clang))
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+  target_link_libraries(${target} PRIVATE korv_flags)
+endfunction()
+
+# korv_shared_object(target exports): C++ inside, a plain C interface outside. Exactly the names in the
+# file `exports` are visible, and no C++ run-time library is needed. Callers may enter with a stack
+# that is aligned to 4 bytes only.
+function(korv_shared_object target exports)
+  korv_export_names(${target} ${exports})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
                                            -fno-threadsafe-statics>)
   # A zeroed block stays malloc and memset: the compiler would make it calloc, which glibc's per-thread
@@ -51,11 +64,4 @@ function(korv_shared_object target exports)
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
     target_link_options(${target} PRIVATE --coverage)
   endif()
-  target_link_options(${target} PRIVATE -Wl,--version-script=${map} -Wl,--as-needed -Wl,-z,relro
-                                        -Wl,-z,now)
-  # Clang puts the sanitizers' run-time library into the program alone.
-  if(NOT (KORV_SANITIZE AND CMAKE_C_COMPILER_ID MATCHES Clang))
-    target_link_options(${target} PRIVATE -Wl,-z,defs)
-  endif()
-  target_link_libraries(${target} PRIVATE korv_flags)
 endfunction()

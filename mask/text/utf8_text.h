@@ -1,4 +1,4 @@
-// Text in UTF-8 and wide form, for the host and for its providers.
+// Text in UTF-8 and wide form, for the engine, the providers and the programs.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,8 @@ extern const CnvOptions kUtf8Options;
 // The number of bytes before the first one that is not UTF-8; `length` when all are.
 size_t validUtf8Length(const char* bytes, size_t length);
 
-bool isAscii(const char* bytes, size_t length);
+// Whether all bytes are ASCII characters other than zero.
+bool isPlainAscii(const char* bytes, size_t length);
 
 class ConversionError : public std::runtime_error {
   public:

@@ -8,16 +8,24 @@ namespace text {
 
 const CnvOptions kUtf8Options = {{}, kUtf8CodePage, 0};
 
-bool isAscii(const char* bytes, size_t length) {
+namespace {
+constexpr uint64_t kOnes = 0x0101010101010101u;
+constexpr uint64_t kHighBits = 0x80 * kOnes;
+}  // namespace
+
+bool isPlainAscii(const char* bytes, size_t length) {
+    uint64_t found = 0;
     size_t i = 0;
-    uint32_t high = 0;
-    for (; i + 4 <= length; i += 4) {
-        uint32_t word;
-        std::memcpy(&word, bytes + i, 4);
-        high |= word;
+    for (; i + 8 <= length; i += 8) {
+        uint64_t word;
+        std::memcpy(&word, bytes + i, 8);
+        // A zero byte borrows into its high bit; so may a 1 above it, which then is no false alarm.
+        found |= word | (word - kOnes);
     }
-    for (; i < length; ++i) high |= static_cast<unsigned char>(bytes[i]);
-    return (high & 0x80808080u) == 0;
+    for (; i < length; ++i) {
+        if (bytes[i] <= 0) found |= kHighBits;
+    }
+    return (found & kHighBits) == 0;
 }
 
 namespace {
@@ -46,6 +54,12 @@ size_t validUtf8Length(const char* bytes, size_t length) {
     const auto* p = reinterpret_cast<const unsigned char*>(bytes);
     size_t i = 0;
     while (i < length) {
+        uint64_t word;
+        for (; i + 8 <= length; i += 8) {
+            std::memcpy(&word, bytes + i, 8);
+            if ((word & kHighBits) != 0) break;
+        }
+        if (i == length) break;
         const size_t n = characterLength(p + i, length - i);
         if (n == 0) return i;
         i += n;

@@ -1,12 +1,12 @@
 // Operands: description by the provider, text of the rule, and the record made of both.
-#include "host/operands.h"
+#include "operands.h"
 
-#include <cstdlib>
-#include <cstring>
+#include <iterator>
+#include <set>
 
 #include "text/utf8_text.h"
 
-namespace host {
+namespace mask {
 
 namespace {
 
@@ -29,19 +29,29 @@ bool parseNumber(const std::string& text, int32_t& number) {
     return true;
 }
 
-std::string resolvePath(const std::string& rulesFile, const std::string& path) {
-    const size_t slash = rulesFile.rfind('/');
-    if (path[0] == '/' || slash == std::string::npos) return path;
-    return rulesFile.substr(0, slash + 1) + path;
-}
-
 std::string bounds(const PrvOperand& description) {
     return std::to_string(description.minimum) + " to " + std::to_string(description.maximum);
 }
 
+bool isAbsolute(const std::string& path) {
+    return !path.empty() && path[0] == '/';
+}
+
 }  // namespace
 
+const RuleOperand* relatedColumn(const Rule& rule, const PrvEntry& provider) {
+    if (provider.interfaceVersion < 2) return nullptr;
+    for (const RuleOperand& operand : rule.operands) {
+        const PrvOperand* description = describe(provider, operand.key);
+        if (description != nullptr && (description->flags & PRV_OPERAND_COLUMN) != 0) {
+            return &operand;
+        }
+    }
+    return nullptr;
+}
+
 OperandList::OperandList(const Rules& rules, const Rule& rule, const PrvEntry& provider) {
+    std::set<std::string> given;
     for (const RuleOperand& operand : rule.operands) {
         const PrvOperand* description = describe(provider, operand.key);
         if (description == nullptr) {
@@ -49,16 +59,15 @@ OperandList::OperandList(const Rules& rules, const Rule& rule, const PrvEntry& p
                        std::string(provider.name) + " has no operand " + operand.key);
         }
         add(rules, rule, operand, *description);
+        given.insert(operand.key);
     }
     for (uint32_t i = 0; i < provider.operandCount; ++i) {
         const PrvOperand& description = provider.operands[i];
-        if ((description.flags & PRV_OPERAND_REQUIRED) == 0) continue;
-        bool given = false;
-        for (const RuleOperand& operand : rule.operands) given |= operand.key == description.key;
-        if (!given) {
-            rules.fail(rule, rule.providerPosition,
-                       std::string(provider.name) + " needs the operand " + description.key);
+        if ((description.flags & PRV_OPERAND_REQUIRED) == 0 || given.contains(description.key)) {
+            continue;
         }
+        rules.fail(rule, rule.actionPosition,
+                   std::string(provider.name) + " needs the operand " + description.key);
     }
 }
 
@@ -87,7 +96,7 @@ void OperandList::add(const Rules& rules, const Rule& rule, const RuleOperand& o
             if (!parseNumber(operand.value, number) || number < description.minimum ||
                 number > description.maximum) {
                 rules.fail(rule, operand.position,
-                           "operand " + operand.key + " is a number of " + bounds(description));
+                           "operand " + operand.key + " must be a number from " + bounds(description));
             }
             param.value.number = static_cast<uint32_t>(number);
             break;
@@ -100,7 +109,8 @@ void OperandList::add(const Rules& rules, const Rule& rule, const RuleOperand& o
             break;
         case OPR_VALUE_NARROW:
             if ((description.flags & PRV_OPERAND_PATH) != 0) {
-                narrow = resolvePath(rules.file, narrow);
+                if (!isAbsolute(narrow)) narrow = rules.folder + narrow;
+                files_.push_back(narrow);
             }
             valueText.codePage = KORV_CODEPAGE_NOT_GIVEN;
             valueText.narrowText = narrow.c_str();
@@ -111,17 +121,11 @@ void OperandList::add(const Rules& rules, const Rule& rule, const RuleOperand& o
             break;
     }
 
-    Record& record = records_.emplace_back();
-    if (records_.size() > 1) std::prev(records_.end(), 2)->link = &record;
-    if (CopyParamsStruct(&param, &record, text::kUtf8CodePage, 0) != 0) {
-        rules.fail(rule, operand.position, "operand " + operand.key + " cannot be taken over");
+    korv::OperandWithTexts& record = records_.emplace_back();
+    if (records_.size() > 1) (*std::prev(records_.end(), 2))->link = record.get();
+    if (CopyParamsStruct(&param, record.get(), text::kUtf8CodePage, 0) != KORV_SUCCESS) {
+        rules.fail(rule, operand.position, "operand " + operand.key + " cannot be converted");
     }
 }
 
-OperandList::Record::~Record() {
-    std::free(oprText);
-    std::free(wideValue);
-    std::free(narrowValue);
-}
-
-}  // namespace host
+}  // namespace mask

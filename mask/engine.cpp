@@ -1,0 +1,188 @@
+// Opening of rules for columns, and the faults of batches as records.
+#include "engine.h"
+
+#include <new>
+#include <utility>
+
+#include "mask_error.h"
+#include "plan.h"
+#include "text/utf8_text.h"
+
+namespace mask {
+
+namespace {
+
+constexpr int64_t kLongestValue = int64_t{1} << 30;
+// Values are copied to wide text for providers: on 32 bits a smaller one fills the address space.
+constexpr int64_t kLongestHere = sizeof(void*) == 4 ? kLongestValue / 16 : kLongestValue;
+
+std::vector<std::string> namesOf(const KorvMaskSettings& settings) {
+    std::vector<std::string> names;
+    for (uint32_t i = 0; i < settings.columnCount; ++i) {
+        const bool isNamed = (settings.flags & KORV_MASK_UNNAMED_COLUMNS) == 0;
+        names.push_back(isNamed ? settings.columns[i] : "@" + std::to_string(i + 1));
+    }
+    return names;
+}
+
+bool hasProvider(const Rule& rule) {
+    return rule.action != "KEEP" && rule.action != "DROP" && rule.action != "NULL" &&
+           rule.action != "CONST";
+}
+
+}  // namespace
+
+Engine::~Engine() {
+    {
+        const LocaleScope scope(locale_);
+        columns_.clear();
+        modules_.reset();
+    }
+    if (locale_ != nullptr) ::freelocale(locale_);
+}
+
+int32_t Engine::report(int32_t status, const char* message) noexcept {
+    try {
+        records_.add(status, message);
+    } catch (const std::bad_alloc&) {
+        return KORV_MASK_NO_MEMORY;
+    }
+    return status;
+}
+
+int32_t Engine::report(const MaskError& error) noexcept {
+    try {
+        for (const Fault& fault : error.faults) records_.add(fault);
+    } catch (const std::bad_alloc&) {
+        return KORV_MASK_NO_MEMORY;
+    }
+    return error.faults.front().status;
+}
+
+int32_t Engine::open(const KorvMaskSettings& settings) noexcept {
+    try {
+        locale_ = ::newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
+        if (locale_ == nullptr) throw MaskError(KORV_MASK_NO_MEMORY, "no locale C.UTF-8");
+        const LocaleScope scope(locale_);
+        openRules(settings);
+        return KORV_MASK_SUCCESS;
+    } catch (const MaskError& error) {
+        columns_.clear();
+        return report(error);
+    } catch (const std::bad_alloc&) {
+        columns_.clear();
+        return report(KORV_MASK_NO_MEMORY, "out of memory");
+    } catch (const std::exception& error) {
+        columns_.clear();
+        return report(KORV_MASK_BAD_RULES, error.what());
+    } catch (...) {
+        columns_.clear();
+        return report(KORV_MASK_BAD_PROVIDER, "a provider threw an exception");
+    }
+}
+
+void Engine::openRules(const KorvMaskSettings& settings) {
+    flags_ = settings.flags;
+    const bool loadsAll = (flags_ & KORV_MASK_ALL_PROVIDERS) != 0;
+    modules_ = std::make_unique<ProviderModules>(
+        std::vector<std::string>(settings.folders, settings.folders + settings.folderCount));
+    if (loadsAll) modules_->loadAll();
+    if (settings.rules != nullptr) {
+        rules_ = parseRules(settings.rules,
+                            settings.rulesFile == nullptr ? "rules" : settings.rulesFile);
+    } else if (settings.rulesFile != nullptr) {
+        rules_ = readRules(settings.rulesFile);
+    }
+    if (settings.rules != nullptr || settings.rulesFile != nullptr) {
+        const std::vector<std::string> names = namesOf(settings);
+        openColumns(names, planColumns(rules_, names, (flags_ & KORV_MASK_KEEP_UNLISTED) != 0,
+                                       (flags_ & KORV_MASK_UNNAMED_COLUMNS) != 0));
+    }
+    for (const auto& [name, module] : modules_->loaded()) {
+        providers_.push_back({module.name.c_str(), module.path.c_str(), module.entry});
+    }
+}
+
+void Engine::openColumns(const std::vector<std::string>& names,
+                         const std::vector<const Rule*>& plan) {
+    Faults faults;
+    const Rule* refused = nullptr;
+    for (uint32_t i = 0; i < names.size(); ++i) {
+        // A pattern's rule that has been refused once is not tried for every column.
+        if (plan[i] != nullptr && plan[i] == refused) continue;
+        const Rule* const before = std::exchange(refused, plan[i]);
+        faults.collect([&] {
+            columns_.push_back(openColumn(i, names, plan[i]));
+            refused = before;
+        });
+    }
+    faults.raise();
+}
+
+std::unique_ptr<Column> Engine::openColumn(uint32_t index, const std::vector<std::string>& names,
+                                           const Rule* rule) {
+    if (rule == nullptr || !hasProvider(*rule)) {
+        return std::make_unique<Column>(index, names[index], rule, nullptr, KORV_MASK_NO_COLUMN);
+    }
+    const ProviderModule& module = modules_->load(rules_, *rule);
+    uint32_t related = KORV_MASK_NO_COLUMN;
+    if (const RuleOperand* operand = relatedColumn(*rule, *module.entry)) {
+        const size_t found = findColumn(names, operand->value);
+        if (found == names.size()) {
+            rules_.fail(*rule, operand->position,
+                        "operand " + operand->key + " must name one column, and '" +
+                            operand->value + "' does not");
+        }
+        related = static_cast<uint32_t>(found);
+    }
+    auto request = std::make_unique<Request>(
+        rules_, *rule, module, names[index],
+        related == KORV_MASK_NO_COLUMN ? nullptr : &names[related]);
+    return std::make_unique<Column>(index, names[index], rule, std::move(request), related);
+}
+
+const Column* Engine::column(uint32_t index) const {
+    return index < columns_.size() ? columns_[index].get() : nullptr;
+}
+
+const KorvMaskProvider* Engine::provider(uint32_t index) const {
+    return index < providers_.size() ? &providers_[index] : nullptr;
+}
+
+int32_t Engine::maskBatch(uint32_t index, uint64_t firstRow, const KorvMaskStrings& source,
+                          const KorvMaskStrings* related, const KorvMaskResult*& result) noexcept {
+    if (ended_ != KORV_MASK_SUCCESS) return report(ended_, "a provider has damaged the process");
+    if (index >= columns_.size() || columns_[index]->description().action == KORV_MASK_DROP) {
+        return report(KORV_MASK_BAD_ARGUMENT, "there is no such column to mask");
+    }
+    Column& column = *columns_[index];
+    const bool needsRelated = column.description().related != KORV_MASK_NO_COLUMN;
+    bool tooLong = false;
+    if (!Strings(source).isReadable(kLongestHere, tooLong) ||
+        (needsRelated && (related == nullptr || related->count != source.count ||
+                          !Strings(*related).isReadable(kLongestHere, tooLong)))) {
+        return tooLong ? report(KORV_MASK_TOO_LARGE, "a value is too long to be masked")
+                       : report(KORV_MASK_BAD_ARGUMENT, "the values cannot be read");
+    }
+    try {
+        const LocaleScope scope(locale_);
+        result = &column.mask(firstRow, source, needsRelated ? related : nullptr,
+                              (flags_ & KORV_MASK_VERIFY_PROVIDERS) != 0, window_, records_);
+        return result->statistics.failed == 0 ? KORV_MASK_SUCCESS : KORV_MASK_VALUES_FAILED;
+    } catch (const Overrun&) {
+        ended_ = KORV_MASK_OVERRUN;
+        return report(KORV_MASK_OVERRUN, column.overrunMessage().c_str());
+    } catch (const Aborted&) {
+        return KORV_MASK_ABORTED;  // the value's own record says why
+    } catch (const TooLarge&) {
+        return report(KORV_MASK_TOO_LARGE, "the result is too large for 32-bit offsets");
+    } catch (const std::bad_alloc&) {
+        return report(KORV_MASK_NO_MEMORY, "out of memory");
+    } catch (const std::exception& error) {
+        return report(KORV_MASK_BAD_PROVIDER, error.what());
+    } catch (...) {
+        return report(KORV_MASK_BAD_PROVIDER, "a provider threw an exception");
+    }
+}
+
+}  // namespace mask

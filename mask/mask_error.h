@@ -1,0 +1,67 @@
+// What ends the opening of rules: one or more faults, each with a message that is complete.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "korv/mask.h"
+
+namespace mask {
+
+struct Fault {
+    int32_t status;     // KorvMaskStatus
+    uint32_t line;      // in the rules, from 1, or 0
+    uint32_t position;  // character in that line, from 1, or 0
+    std::string message;
+};
+
+class MaskError : public std::exception {
+  public:
+    explicit MaskError(std::vector<Fault> list) : faults(std::move(list)) {}
+    MaskError(int32_t status, std::string message)
+        : faults({{status, 0, 0, std::move(message)}}) {}
+    // "file:line:position: message" about the rules.
+    MaskError(int32_t status, const std::string& file, uint32_t line, uint32_t position,
+              const std::string& message)
+        : faults({{status, line, position,
+                   file + ":" + std::to_string(line) + ":" + std::to_string(position) + ": " +
+                       message}}) {}
+
+    const char* what() const noexcept override { return faults.front().message.c_str(); }
+
+    std::vector<Fault> faults;  // never empty
+};
+
+// Collects the faults of several steps, so that the user sees them together.
+class Faults {
+  public:
+    template <typename Step>
+    void collect(Step step) {
+        try {
+            step();
+        } catch (MaskError& error) {
+            for (Fault& fault : error.faults) add(std::move(fault));
+        }
+    }
+
+    // Throws what has been collected, if anything.
+    void raise() const {
+        if (!faults_.empty()) throw MaskError(faults_);
+    }
+
+  private:
+    // A file of another kind, given by mistake, has a fault in every line.
+    static constexpr size_t kMost = 20;
+
+    void add(Fault fault) {
+        faults_.push_back(std::move(fault));
+        if (faults_.size() == kMost) raise();
+    }
+
+    std::vector<Fault> faults_;
+};
+
+}  // namespace mask
