@@ -12,10 +12,18 @@ namespace mask {
 namespace {
 
 constexpr size_t kMostWaiting = 256;
+constexpr uint32_t kPromises = PRV_PROMISE_ONE_TO_ONE | PRV_PROMISE_LENGTH_KEPT |
+                               PRV_PROMISE_FORMAT_KEPT | PRV_PROMISE_REVERSIBLE;
 
 bool beginsFormula(std::string_view text) {
     return !text.empty() &&
            (text[0] == '=' || text[0] == '+' || text[0] == '-' || text[0] == '@');
+}
+
+bool isText(std::string_view text) {
+    if (text::isPlainAscii(text.data(), text.size())) return true;
+    return text.find('\0') == std::string_view::npos &&
+           text::validUtf8Length(text.data(), text.size()) == text.size();
 }
 
 int32_t actionOf(const Rule* rule, const Request* request) {
@@ -77,7 +85,7 @@ Column::Column(uint32_t index, std::string name, const Rule* rule,
         description_.fileCount = static_cast<uint32_t>(files_.size());
         hasBatches_ = module.isVersion2() && module.entry->maskBatch != nullptr;
         if (module.isVersion2() && module.entry->promises != nullptr) {
-            description_.promises = module.entry->promises(request_->state());
+            description_.promises = module.entry->promises(request_->state()) & kPromises;
         }
     }
     place_.column = index;
@@ -100,7 +108,7 @@ const KorvMaskResult& Column::mask(uint64_t firstRow, const KorvMaskStrings& sou
     states_.clear();
     states_.reserve(source.count);
     if (description_.action == KORV_MASK_KEEP) {
-        states_.resize(source.count, KORV_MASK_VALUE_MASKED);
+        keepAll(Strings(source));
         result_.strings = source;
     } else {
         builder_.start(source.count, source.offsetBits);
@@ -115,6 +123,15 @@ const KorvMaskResult& Column::mask(uint64_t firstRow, const KorvMaskStrings& sou
     result_.states = states_.data();
     result_.statistics = batch_.published();
     return result_;
+}
+
+void Column::keepAll(const Strings& source) {
+    for (uint64_t i = 0; i < source.size(); ++i) {
+        const bool isNull = source.isNull(i) || source[i].empty();
+        ++(isNull ? batch_->nulls : batch_->values);
+        states_.push_back(isNull ? KORV_MASK_VALUE_NULL : KORV_MASK_VALUE_MASKED);
+    }
+    batch_->masked = batch_->unchanged = batch_->values;
 }
 
 // NULL and CONST. What is NULL or empty is no value and stays so.
@@ -145,17 +162,14 @@ void Column::maskAll(const Strings& source, const KorvMaskStrings* relatedString
         if (!isNull) value.text = source[i];
         if (value.text.empty()) {
             if (!handsNullOver) {
-                if (waiting_.size() == kMostWaiting) flush();
-                waiting_.push_back({isNull ? Waiting::kNull : Waiting::kEmpty, 0, 0});
+                enqueue({isNull ? Waiting::kNull : Waiting::kEmpty, 0, 0});
                 continue;
             }
             value.isNull = true;
             value.wasNull = isNull;
         } else if (!text::isPlainAscii(value.text.data(), value.text.size())) {
-            if (value.text.find('\0') != std::string_view::npos ||
-                text::validUtf8Length(value.text.data(), value.text.size()) != value.text.size()) {
-                if (waiting_.size() == kMostWaiting) flush();
-                waiting_.push_back({Waiting::kBadSource, 0, 0});
+            if (!isText(value.text)) {
+                enqueue({Waiting::kBadSource, 0, 0});
                 continue;
             }
             value.wide = true;
@@ -164,24 +178,29 @@ void Column::maskAll(const Strings& source, const KorvMaskStrings* relatedString
         if (relatedStrings != nullptr) {
             value.relatedIsNull = related.isNull(i);
             if (!value.relatedIsNull) value.related = related[i];
+            if (!isText(value.related)) {
+                enqueue({Waiting::kBadSource, 0, 0});
+                continue;
+            }
         }
         enqueue(value);
     }
     flush();
 }
 
-void Column::enqueue(const Value& value) {
+void Column::enqueue(const Waiting& waiting) {
     if (waiting_.size() == kMostWaiting) flush();
+    waiting_.push_back(waiting);
+}
+
+void Column::enqueue(const Value& value) {
     int32_t status = window_->add(value);
     if (status == ValueWindow::kFull) {
         flush();
         status = window_->add(value);
     }
-    if (status != 0) {
-        waiting_.push_back({Waiting::kNoRequest, 0, status});
-    } else {
-        waiting_.push_back({Waiting::kValue, window_->last(), 0});
-    }
+    if (status != 0) return enqueue({Waiting::kNoRequest, 0, status});
+    waiting_.push_back({Waiting::kValue, window_->last(), 0});
 }
 
 void Column::flush() {
@@ -237,7 +256,7 @@ void Column::finish(const Waiting& waiting) {
             break;
         case Waiting::kBadSource:
             ++batch_->values;
-            fail(KORV_MASK_CODE_BAD_SOURCE, "the value is not UTF-8 text, or holds a zero byte");
+            fail(KORV_MASK_CODE_BAD_SOURCE, "the value, or the related one, is not UTF-8 text or holds a zero byte");
             break;
         case Waiting::kNoRequest:
             ++batch_->values;
@@ -266,22 +285,21 @@ void Column::finishValue(uint32_t place) {
     std::string_view text;
     bool isNull = false;
     const uint32_t code = window_->result(place, text, isNull, violation_);
-    const std::string& provider = request_->module().name;
     if (value.isNull && code == 0 && text.empty()) return acceptNull(value.wasNull);
     ++batch_->values;
-    if (code != 0) return fail(code, provider + " " + violation_);
+    if (code != 0) return failProvider(code, violation_.c_str());
     if (verify_) {
         if (!window_->sourceIsIntact(place)) {
-            return fail(KORV_MASK_CODE_SOURCE_WRITTEN, provider + " changed its source buffer");
+            return failProvider(KORV_MASK_CODE_SOURCE_WRITTEN, "changed its source buffer");
         }
         if (!repeats(place, text, isNull)) {
-            return fail(KORV_MASK_CODE_NOT_REPEATED,
-                        provider + " gave another result for the same value");
+            return failProvider(KORV_MASK_CODE_NOT_REPEATED,
+                                "gave another result for the same value");
         }
         text = firstResult_;
     }
     if (text == value.text && rule_->unchangedFails) {
-        return fail(KORV_MASK_CODE_UNCHANGED, provider + " returned the value unchanged");
+        return failProvider(KORV_MASK_CODE_UNCHANGED, "returned the value unchanged");
     }
     if (isNull) return acceptMaskedNull();
     accept(value.text, text);
@@ -330,11 +348,15 @@ void Column::fail(uint32_t code, const std::string& message) {
     replaceFailed();
 }
 
+void Column::failProvider(uint32_t code, const char* message) {
+    fail(code, "provider " + request_->module().name + " " + message);
+}
+
 void Column::failCaptured(const Value& value) {
     std::vector<CapturedError> errors = request_->takeErrors({value.text, value.related});
     const std::string& provider = request_->module().name;
     if (errors.empty()) {
-        return fail(KORV_MASK_CODE_NO_RECORD, provider + " failed without saying why");
+        return failProvider(KORV_MASK_CODE_NO_RECORD, "failed without saying why");
     }
     batch_.fail(errors.front().code);
     bool isFirst = true;

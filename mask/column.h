@@ -57,8 +57,10 @@ class Column {
         int32_t status;  // of kNoRequest
     };
 
+    void keepAll(const Strings& source);
     void replaceAll(const Strings& source);
     void maskAll(const Strings& source, const KorvMaskStrings* related);
+    void enqueue(const Waiting& waiting);
     void enqueue(const Value& value);
     void flush();
     void callBatch(bool wide);
@@ -71,6 +73,7 @@ class Column {
     void acceptMaskedNull();
     void acceptNull(bool wasNull);
     void fail(uint32_t code, const std::string& message);
+    void failProvider(uint32_t code, const char* message);
     void failCaptured(const Value& value);
     void replaceFailed();
 

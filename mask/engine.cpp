@@ -95,8 +95,11 @@ void Engine::openRules(const KorvMaskSettings& settings) {
     }
     if (settings.rules != nullptr || settings.rulesFile != nullptr) {
         const std::vector<std::string> names = namesOf(settings);
-        openColumns(names, planColumns(rules_, names, (flags_ & KORV_MASK_KEEP_UNLISTED) != 0,
-                                       (flags_ & KORV_MASK_UNNAMED_COLUMNS) != 0));
+        Faults faults;
+        const auto plan = planColumns(rules_, names, (flags_ & KORV_MASK_KEEP_UNLISTED) != 0,
+                                      (flags_ & KORV_MASK_UNNAMED_COLUMNS) != 0, faults);
+        openColumns(names, plan, faults);
+        faults.raise();
     }
     for (const auto& [name, module] : modules_->loaded()) {
         providers_.push_back({module.name.c_str(), module.path.c_str(), module.entry});
@@ -104,8 +107,7 @@ void Engine::openRules(const KorvMaskSettings& settings) {
 }
 
 void Engine::openColumns(const std::vector<std::string>& names,
-                         const std::vector<const Rule*>& plan) {
-    Faults faults;
+                         const std::vector<const Rule*>& plan, Faults& faults) {
     const Rule* refused = nullptr;
     for (uint32_t i = 0; i < names.size(); ++i) {
         // A pattern's rule that has been refused once is not tried for every column.
@@ -116,7 +118,6 @@ void Engine::openColumns(const std::vector<std::string>& names,
             refused = before;
         });
     }
-    faults.raise();
 }
 
 std::unique_ptr<Column> Engine::openColumn(uint32_t index, const std::vector<std::string>& names,

@@ -44,6 +44,9 @@ class Engine {
     int32_t maskBatch(uint32_t column, uint64_t firstRow, const KorvMaskStrings& source,
                       const KorvMaskStrings* related, const KorvMaskResult*& result) noexcept;
 
+    // Adds a record, and returns its status.
+    int32_t report(int32_t status, const char* message) noexcept;
+
     const Column* column(uint32_t index) const;
     const KorvMaskProvider* provider(uint32_t index) const;
     Records& records() { return records_; }
@@ -51,10 +54,10 @@ class Engine {
 
   private:
     void openRules(const KorvMaskSettings& settings);
-    void openColumns(const std::vector<std::string>& names, const std::vector<const Rule*>& plan);
+    void openColumns(const std::vector<std::string>& names, const std::vector<const Rule*>& plan,
+                     Faults& faults);
     std::unique_ptr<Column> openColumn(uint32_t index, const std::vector<std::string>& names,
                                        const Rule* rule);
-    int32_t report(int32_t status, const char* message) noexcept;
     int32_t report(const MaskError& error) noexcept;
 
     locale_t locale_ = nullptr;

@@ -44,8 +44,12 @@ int32_t KorvMaskOpen(const KorvMaskSettings* settings, KorvMask** mask) {
     KorvMaskSettings known = {};
     std::memcpy(&known, settings, std::min(settings->size, sizeof known));
     if (!areComplete(known)) return KORV_MASK_BAD_ARGUMENT;
-    *mask = new (std::nothrow) KorvMask;
-    return *mask == nullptr ? int32_t{KORV_MASK_NO_MEMORY} : (*mask)->open(known);
+    try {
+        *mask = new KorvMask;
+    } catch (const std::bad_alloc&) {
+        return KORV_MASK_NO_MEMORY;
+    }
+    return (*mask)->open(known);
 }
 
 void KorvMaskClose(KorvMask* mask) {
@@ -64,7 +68,10 @@ const KorvMaskProvider* KorvMaskGetProvider(const KorvMask* mask, uint32_t index
 int32_t KorvMaskBatch(KorvMask* mask, uint32_t column, uint64_t firstRow,
                       const KorvMaskStrings* source, const KorvMaskStrings* related,
                       const KorvMaskResult** result) {
-    if (mask == nullptr || source == nullptr || result == nullptr) return KORV_MASK_BAD_ARGUMENT;
+    if (mask == nullptr) return KORV_MASK_BAD_ARGUMENT;
+    if (source == nullptr || result == nullptr) {
+        return mask->report(KORV_MASK_BAD_ARGUMENT, "the source or the result is NULL");
+    }
     return mask->maskBatch(column, firstRow, *source, related, *result);
 }
 

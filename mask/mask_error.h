@@ -1,6 +1,7 @@
 // What ends the opening of rules: one or more faults, each with a message that is complete.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <string>
@@ -47,9 +48,14 @@ class Faults {
         }
     }
 
-    // Throws what has been collected, if anything.
-    void raise() const {
-        if (!faults_.empty()) throw MaskError(faults_);
+    // Throws what has been collected, if anything, in the order of the rules' lines; faults that
+    // are about no line come last.
+    void raise() {
+        if (faults_.empty()) return;
+        std::stable_sort(faults_.begin(), faults_.end(), [](const Fault& a, const Fault& b) {
+            return a.line - 1 < b.line - 1;
+        });
+        throw MaskError(faults_);
     }
 
   private:

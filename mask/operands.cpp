@@ -2,6 +2,7 @@
 #include "operands.h"
 
 #include <iterator>
+#include <new>
 #include <set>
 
 #include "text/utf8_text.h"
@@ -123,8 +124,14 @@ void OperandList::add(const Rules& rules, const Rule& rule, const RuleOperand& o
 
     korv::OperandWithTexts& record = records_.emplace_back();
     if (records_.size() > 1) (*std::prev(records_.end(), 2))->link = record.get();
-    if (CopyParamsStruct(&param, record.get(), text::kUtf8CodePage, 0) != KORV_SUCCESS) {
-        rules.fail(rule, operand.position, "operand " + operand.key + " cannot be converted");
+    switch (CopyParamsStruct(&param, record.get(), text::kUtf8CodePage, 0)) {
+        case KORV_SUCCESS:
+            return;
+        case KORV_NO_MEMORY_WIDE_VALUE:
+        case KORV_NO_MEMORY_NARROW_VALUE:
+            throw std::bad_alloc();
+        default:
+            rules.fail(rule, operand.position, "operand " + operand.key + " cannot be converted");
     }
 }
 

@@ -230,16 +230,14 @@ class Planner {
 }  // namespace
 
 std::vector<const Rule*> planColumns(const Rules& rules, const std::vector<std::string>& names,
-                                     bool keepUnlisted, bool unnamed) {
+                                     bool keepUnlisted, bool unnamed, Faults& faults) {
     Planner planner(rules, names, unnamed);
-    Faults faults;
     for (const Stage stage : {Stage::numbers, Stage::names, Stage::patterns}) {
         for (const Rule& rule : rules.rules) {
             if (stageOf(rule) == stage) faults.collect([&] { planner.assign(rule); });
         }
     }
     if (!keepUnlisted) faults.collect([&] { planner.refuseUnlisted(); });
-    faults.raise();
     return std::move(planner.plan);
 }
 

@@ -4,15 +4,16 @@
 #include <string>
 #include <vector>
 
+#include "mask_error.h"
 #include "rules.h"
 
 namespace mask {
 
-// The rule of each column, or nullptr for a column that is kept because it is not listed. `unnamed`
-// columns have no names of their own. Throws MaskError with every rule that fits no column, every
-// column with two rules, and, unless `keepUnlisted`, every column without a rule.
+// The rule of each column, or nullptr for a column without a rule. `unnamed` columns have no names
+// of their own. Faults are every rule that fits no column, every column with two rules, and, unless
+// `keepUnlisted`, every column without a rule.
 std::vector<const Rule*> planColumns(const Rules& rules, const std::vector<std::string>& names,
-                                     bool keepUnlisted, bool unnamed);
+                                     bool keepUnlisted, bool unnamed, Faults& faults);
 
 // The index of the column that an operand names (`BIRTH`, `"Birth"` or `@3`), or names.size() when
 // there is none, or more than one.

@@ -147,6 +147,15 @@ std::string errorsFault(const PrvEntry& entry) {
     return {};
 }
 
+std::string samplesFault(const PrvEntry& entry) {
+    if (entry.interfaceVersion < 2 || entry.sampleRuleCount == 0) return {};
+    if (entry.sampleRules == nullptr) return "sampleRules is NULL";
+    for (uint32_t i = 0; i < entry.sampleRuleCount; ++i) {
+        if (entry.sampleRules[i] == nullptr) return "a sample rule is NULL";
+    }
+    return {};
+}
+
 // What is wrong with a provider's record; an empty text when nothing is.
 std::string entryFault(const PrvEntry* entry, const std::string& name) {
     if (entry == nullptr) return PRV_ENTRY_SYMBOL " returns NULL";
@@ -161,8 +170,10 @@ std::string entryFault(const PrvEntry* entry, const std::string& name) {
     if (entry->open == nullptr || entry->mask == nullptr || entry->close == nullptr) {
         return "one of its functions open, mask and close is NULL";
     }
-    std::string fault = operandsFault(*entry);
-    return fault.empty() ? errorsFault(*entry) : fault;
+    for (const auto check : {operandsFault, errorsFault, samplesFault}) {
+        if (std::string fault = check(*entry); !fault.empty()) return fault;
+    }
+    return {};
 }
 
 }  // namespace

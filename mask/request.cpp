@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "mask_error.h"
 #include "text/utf8_text.h"
@@ -41,6 +42,16 @@ bool holdsClear(std::string_view token, std::initializer_list<std::string_view> 
         if (value.size() < kShortestWithheld) return token == value && !isNumber(token);
         return token.find(value) != std::string_view::npos;
     });
+}
+
+// A status of the library or its companion. Most failures mean that there is no memory.
+void check(int32_t result) {
+    const korv::Status status{result};
+    if (korv::succeeded(status)) return;
+    if (status == korv::Status::badTextLength || status == korv::Status::malformedSource) {
+        throw text::ConversionError(result);
+    }
+    throw std::bad_alloc();
 }
 
 // The catalogue's names are ASCII.
@@ -88,9 +99,7 @@ void Request::describeField(FieldPosition position, int16_t type, const std::str
     description.textMode = KORV_TEXT_NARROW;
     description.text = name.empty() ? nullptr : &nameText;
     description.textLen = static_cast<int32_t>(name.size());
-    const int32_t status =
-        CopyFieldStruct(&description, fields_[position].get(), text::kUtf8CodePage, 0);
-    if (status != KORV_SUCCESS) throw text::ConversionError(status);
+    check(CopyFieldStruct(&description, fields_[position].get(), text::kUtf8CodePage, 0));
 }
 
 // One form of the request: its first field reference picks the narrow or the wide field.
@@ -107,16 +116,16 @@ void Request::convert(FieldPosition position) {
         context.fieldRefs.link = &form.relatedReference;
     }
     context.errorAnchor = anchor_.get();
-    const korv::Status status = korv::Request::convert(context, service_, form.converted);
-    if (!korv::succeeded(status)) throw text::ConversionError(static_cast<int32_t>(status));
+    check(static_cast<int32_t>(korv::Request::convert(context, service_, form.converted)));
     form.call.context = &context;
     form.call.block = form.converted.block();
     form.call.service = form.converted.service();
 }
 
 void Request::renewAnchor() {
-    anchor_ = korv::make<ErrorAnchor>();
-    if (anchor_ == nullptr) throw std::bad_alloc();
+    korv::Owner<ErrorAnchor> fresh = korv::make<ErrorAnchor>();
+    if (fresh == nullptr) throw std::bad_alloc();
+    anchor_ = std::move(fresh);
     for (Form& form : forms_) form.context.errorAnchor = anchor_.get();
 }
 

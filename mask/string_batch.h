@@ -52,6 +52,9 @@ inline bool Strings::isReadable(int64_t longest, bool& tooLong) const {
     if ((strings_.offsetBits != 32 && strings_.offsetBits != 64) || strings_.offsets == nullptr) {
         return false;
     }
+    // So that no index overflows.
+    constexpr uint64_t kMost = SIZE_MAX / 32;
+    if (strings_.count > kMost || strings_.first > kMost) return false;
     int64_t before = offset(0);
     if (before < 0) return false;
     for (uint64_t i = 1; i <= strings_.count; ++i) {
