@@ -1,5 +1,5 @@
-// CCN: card numbers. The issuer prefix stays, the digits behind it are transposed by key, and the
-// last digit becomes the check digit again; blanks and hyphens keep their places.
+// CCN: card numbers. The issuer prefix stays, the digits after it are transposed by key, and the
+// last digit becomes the check digit of the new number. Blanks and hyphens keep their places.
 #include "providers/digits.h"
 #include "providers/provider_support.h"
 
@@ -18,30 +18,35 @@ constexpr PrvOperand kOperands[] = {
 
 enum ErrorCode : uint32_t { kBadCharacter = 1, kTooShort, kTooLong, kBadCheckDigit };
 constexpr PrvErrorText kErrors[] = {
-    {kBadCharacter, "a character that no card number has"},
+    {kBadCharacter, "a character that is not a digit, a blank or a hyphen"},
     {kTooShort, "too few digits"},
     {kTooLong, "too many digits"},
     {kBadCheckDigit, "the check digit is wrong"},
-    MASK_CSV_COMMON_ERRORS,
+    KORV_COMMON_ERRORS,
 };
 
 constexpr int32_t kFewestDigits = 12;
 constexpr int32_t kMostDigits = 19;
 
-// The digit that makes the sum of the number valid: from its place leftwards every other digit,
-// beginning with the nearest, counts double.
+// The digit that makes the sum of the number valid. Of the digits before it every other one counts
+// double, beginning with the last one; the digits of a product are added up.
 template <typename Char>
 Char checkDigit(const Char* digits, int32_t count) {
+    constexpr int8_t kDoubled[] = {0, 2, 4, 6, 8, 1, 3, 5, 7, 9};
     int32_t sum = 0;
-    for (int32_t i = count - 1, weight = 2; i >= 0; --i, weight = 3 - weight) {
-        const int32_t product = (digits[i] - '0') * weight;
-        sum += product > 9 ? product - 9 : product;
-    }
+    for (int32_t i = count - 1; i >= 0; i -= 2) sum += kDoubled[digits[i] - '0'];
+    for (int32_t i = count - 2; i >= 0; i -= 2) sum += digits[i] - '0';
     return static_cast<Char>('0' + (10 - sum % 10) % 10);
 }
 
 class Ccn {
   public:
+    static constexpr const char* kSampleRules[] = {
+        "CCN, key=17",
+        "CCN, key=17, prefix=0, shift=5",
+        "CCN, key=4711, strict",
+    };
+
     explicit Ccn(const provider::Operands& operands)
         : key_(operands.number(kKey, 0)),
           shift_(static_cast<int16_t>(operands.number(kShift, 3))),
@@ -83,6 +88,12 @@ class Ccn {
         }
     }
 
+    // Different numbers may have the same result: the library's transposition never gives zeros
+    // only, and a wrong check digit is not kept.
+    static constexpr uint32_t promises() {
+        return PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT;
+    }
+
   private:
     int32_t key_;
     int16_t shift_;
@@ -92,4 +103,4 @@ class Ccn {
 
 }  // namespace
 
-MASK_CSV_PROVIDER("CCN", Ccn, kOperands, kErrors)
+KORV_PROVIDER("CCN", Ccn, kOperands, kErrors)

@@ -19,9 +19,9 @@ inline constexpr int32_t kLargestKey = 999999999;
 
 // Masks `count` digits in place. `shift` is 1 to 9.
 //
-// The library's transposition is fully defined for 4, 8 and 12 digits. Longer runs go through it
-// piece by piece, and what is left of a run is taken together with the digits before it to four. A
-// run of fewer than four digits is permuted and shifted here.
+// The library's transposition is fully defined for 4, 8 and 12 digits. A longer run is transposed
+// in pieces of these lengths; when fewer than four digits are left, its last four are transposed
+// once more. A run of fewer than four digits is permuted and shifted here.
 template <typename Char>
 void maskDigits(Char* digits, int32_t count, int32_t key, int16_t shift) {
     int32_t done = 0;

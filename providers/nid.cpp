@@ -1,8 +1,7 @@
-// NID: identity numbers. Every run of digits is transposed by key; letters and separators keep
-// their places, so that the layout stays. With a country the number of digits is checked.
+// NID: identity numbers. Every run of digits is transposed by key; letters and separators stay
+// where they are. With a country the number of digits is checked.
 #include "providers/digits.h"
 #include "providers/provider_support.h"
-#include "text/utf8_text.h"
 
 namespace {
 
@@ -18,10 +17,10 @@ constexpr PrvOperand kOperands[] = {
 
 enum ErrorCode : uint32_t { kNoDigit = 1, kWrongCount, kUnknownCountry };
 constexpr PrvErrorText kErrors[] = {
-    {kNoDigit, "no digit in it"},
-    {kWrongCount, "not the number of digits that the country's numbers have"},
-    {kUnknownCountry, "no such country"},
-    MASK_CSV_COMMON_ERRORS,
+    {kNoDigit, "the value has no digit"},
+    {kWrongCount, "the country's numbers have another number of digits"},
+    {kUnknownCountry, "the country is unknown"},
+    KORV_COMMON_ERRORS,
 };
 
 struct Country {
@@ -33,12 +32,18 @@ constexpr Country kCountries[] = {{Nid_FR, 15}, {Nid_ES, 8}, {Nid_IT, 7},
 
 class Nid {
   public:
+    static constexpr const char* kSampleRules[] = {
+        "NID, key=29",
+        "NID, key=29, shift=7",
+        "NID, key=5, country=us",
+    };
+
     explicit Nid(const provider::Operands& operands)
         : key_(operands.number(kKey, 0)), shift_(static_cast<int16_t>(operands.number(kShift, 3))) {
         if (!operands.has(kCountry)) return;
         const std::wstring name = operands.wide(kCountry);
         for (const Country& country : kCountries) {
-            if (StringWCaseCompare(name.c_str(), country.name) == 0) country_ = &country;
+            if (provider::isWord(name, country.name)) country_ = &country;
         }
         if (country_ == nullptr) throw Error(kUnknownCountry, {{KORV_TOKID_COUNTRY, name}});
     }
@@ -64,6 +69,11 @@ class Nid {
         }
     }
 
+    // Different runs of four and more digits may have the same result, see Ccn.
+    static constexpr uint32_t promises() {
+        return PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT;
+    }
+
   private:
     int32_t key_;
     int16_t shift_;
@@ -72,4 +82,4 @@ class Nid {
 
 }  // namespace
 
-MASK_CSV_PROVIDER("NID", Nid, kOperands, kErrors)
+KORV_PROVIDER("NID", Nid, kOperands, kErrors)

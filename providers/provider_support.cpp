@@ -3,8 +3,6 @@
 
 #include <utility>
 
-#include "text/utf8_text.h"
-
 namespace provider {
 
 const OprDefX* Operands::find(uint16_t code) const {
@@ -23,12 +21,18 @@ std::wstring Operands::wide(uint16_t code) const {
     return operand == nullptr || operand->wideValue == nullptr ? L"" : operand->wideValue;
 }
 
-std::string Operands::narrow(uint16_t code) const {
-    const OprDefX* operand = find(code);
-    return operand == nullptr || operand->narrowValue == nullptr ? "" : operand->narrowValue;
+bool isWord(const std::wstring& text, const wchar_t* word) {
+    return !text.empty() && StringWCaseCompare(text.c_str(), word) == 0;
+}
+
+std::wstring widen(const std::string& utf8) {
+    const bool ascii = text::isPlainAscii(utf8.data(), utf8.size());
+    return ascii ? std::wstring(utf8.begin(), utf8.end()) : text::toWide(utf8);
 }
 
 Replacement::Replacement(std::wstring text) : narrow(text::toUtf8(text)), wide(std::move(text)) {}
+
+Replacement::Replacement(std::string text) : narrow(std::move(text)), wide(widen(narrow)) {}
 
 uint32_t mix(uint32_t key, uint32_t position) {
     uint64_t x = (static_cast<uint64_t>(key) << 32 | position) + 0x9E3779B97F4A7C15u;
@@ -37,30 +41,17 @@ uint32_t mix(uint32_t key, uint32_t position) {
     return static_cast<uint32_t>((x ^ (x >> 31)) >> 1) & 0x7FFFFFFF;
 }
 
-bool takeValue(const PrvCall& call, int32_t& characters) {
-    ValueRecord& value = *call.value;
-    const FieldDefX& field = *call.block->fieldRefs.fieldDef;
-    KORVGetSourceDataLen(&value, call.context->fieldRefs.fieldDef, &characters);
-    if (characters <= 0) {
-        call.result->nullIndicator = 1;
-        return false;
-    }
-    if (characters > kLongestValue) {
+void requireFittingValue(size_t length, int32_t capacity, size_t unit) {
+    const auto count = static_cast<int32_t>(std::min<size_t>(length, INT32_MAX));
+    if (count > kLongestValue) {
         throw Error(kValueTooLong,
-                    {{KORV_TOKID_SRCLEN, characters}, {KORV_TOKID_EXPSRCLEN, kLongestValue}});
+                    {{KORV_TOKID_SRCLEN, count}, {KORV_TOKID_EXPSRCLEN, kLongestValue}});
     }
-    if (GetSrcBufLen(&value, field.dataType) != 0) {
-        throw Error(kNotText, {{KORV_TOKID_DATATYPE, field.dataType}});
+    const auto bytes = static_cast<int32_t>((length + 1) * unit);
+    if (bytes > capacity) {
+        throw Error(kValueTooLong,
+                    {{KORV_TOKID_BUF_EXPECTED_LEN, bytes}, {KORV_TOKID_BUFFER_SIZE, capacity}});
     }
-    if (value.length > value.capacity) {
-        throw Error(kValueTooLong, {{KORV_TOKID_BUF_EXPECTED_LEN, value.length},
-                                    {KORV_TOKID_BUFFER_SIZE, value.capacity}});
-    }
-    if (KORV_IsZeroOrZeroLength(call.context, &value, call.result) != KORV_CLASS_TEXT ||
-        (field.dataType != VARCHAR_SZ && field.dataType != WVARCHAR_SZ)) {
-        throw Error(kNotText, {{KORV_TOKID_DATATYPE, field.dataType}});
-    }
-    return true;
 }
 
 int32_t capture(const PrvCall& call, const Error& error) {

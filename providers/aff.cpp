@@ -1,5 +1,5 @@
 // AFF: the characters of a value in another order, or the digits of a number reversed.
-#include <cwchar>
+#include <algorithm>
 
 #include "providers/provider_support.h"
 
@@ -13,34 +13,17 @@ constexpr PrvOperand kOperands[] = {{"METHOD", kMethod, 0, OPR_VALUE_WIDE, 0, 0}
 
 enum ErrorCode : uint32_t { kUnchanged = 1, kUnknownMethod, kNotNumber, kNumberTooLong };
 constexpr PrvErrorText kErrors[] = {
-    {kUnchanged, "the value would come out as it is"},
-    {kUnknownMethod, "the method is shuffle, reverse or number"},
-    {kNotNumber, "not a number"},
-    {kNumberTooLong, "a number of too many digits"},
-    MASK_CSV_COMMON_ERRORS,
+    {kUnchanged, "the value would stay as it is"},
+    {kUnknownMethod, "the method must be shuffle, reverse or number"},
+    {kNotNumber, "a character that is not a digit"},
+    {kNumberTooLong, "the number has too many digits"},
+    KORV_COMMON_ERRORS,
 };
 
 constexpr int32_t kMostDigits = 18;
 
-void reverse(Text<char>& text) {
-    KORVRevString(text.data, text.length);
-}
-void reverse(Text<wchar_t>& text) {
-    KORVRevStringW(text.data);
-}
-
-// The library exchanges the halves of wide text only.
-void shuffle(Text<wchar_t>& text) {
-    KORVShuffle(text.data);
-}
-void shuffle(Text<char>& text) {
-    provider::WideBuffer buffer;
-    provider::widen(text, buffer);
-    KORVShuffle(buffer.characters);
-    std::copy(buffer.characters, buffer.characters + text.length, text.data);
-}
-
-// The digits reversed as a number, without the zeros at its end, and filled up with zeros in front.
+// The digits reversed as a number, without the zeros at its end, and filled up with zeros before
+// it.
 template <typename Char>
 void reverseNumber(Text<Char>& text) {
     if (text.length > kMostDigits) {
@@ -67,14 +50,20 @@ void reverseNumber(Text<Char>& text) {
 
 class Aff {
   public:
+    static constexpr const char* kSampleRules[] = {
+        "AFF",
+        "AFF, method=reverse",
+        "AFF, method=number",
+    };
+
     explicit Aff(const provider::Operands& operands) {
         if (!operands.has(kMethod)) return;
         const std::wstring name = operands.wide(kMethod);
-        if (StringWCaseCompare(name.c_str(), L"SHUFFLE") == 0) {
+        if (provider::isWord(name, L"SHUFFLE")) {
             method_ = Method::shuffle;
-        } else if (StringWCaseCompare(name.c_str(), L"REVERSE") == 0) {
+        } else if (provider::isWord(name, L"REVERSE")) {
             method_ = Method::reverse;
-        } else if (StringWCaseCompare(name.c_str(), L"NUMBER") == 0) {
+        } else if (provider::isWord(name, L"NUMBER")) {
             method_ = Method::number;
         } else {
             throw Error(kUnknownMethod, {{KORV_TOKID_METHOD, name}});
@@ -84,11 +73,13 @@ class Aff {
     template <typename Char>
     void mask(Text<Char>& text) const {
         switch (method_) {
-            case Method::shuffle:
-                shuffle(text);
+            case Method::shuffle: {
+                const int32_t half = text.length / 2;
+                std::swap_ranges(text.data, text.data + half, text.data + half);
                 break;
+            }
             case Method::reverse:
-                reverse(text);
+                std::reverse(text.begin(), text.end());
                 break;
             case Method::number:
                 reverseNumber(text);
@@ -100,6 +91,13 @@ class Aff {
         }
     }
 
+    // Zeros at the end of a number are lost, and what is left may be the same backwards.
+    uint32_t promises() const {
+        return method_ == Method::number
+                   ? PRV_PROMISE_LENGTH_KEPT
+                   : PRV_PROMISE_ONE_TO_ONE | PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT;
+    }
+
   private:
     enum class Method { shuffle, reverse, number };
     Method method_ = Method::shuffle;
@@ -107,4 +105,4 @@ class Aff {
 
 }  // namespace
 
-MASK_CSV_PROVIDER("AFF", Aff, kOperands, kErrors)
+KORV_PROVIDER("AFF", Aff, kOperands, kErrors)
