@@ -1,0 +1,81 @@
+// Opening of handles, with the engine's records as messages.
+#include "masker.h"
+
+#include "tool_error.h"
+
+namespace tool {
+
+namespace {
+
+// Records about the rules begin with their place; others get the program's name.
+std::string messagesOf(const KorvMask* mask, int32_t status) {
+    if (mask == nullptr || KorvMaskRecordCount(mask) == 0) {
+        return status == KORV_MASK_NO_MEMORY ? "korv-mask: out of memory"
+                                             : "korv-mask: the engine refuses the settings";
+    }
+    std::string messages;
+    for (uint64_t i = 0; const KorvMaskRecord* record = KorvMaskGetRecord(mask, i); ++i) {
+        if (i > 0) messages += "\n";
+        if (record->rulesLine == 0) messages += "korv-mask: ";
+        messages += record->message;
+    }
+    return messages;
+}
+
+MaskHandle open(const Options& options, KorvMaskSettings& settings) {
+    std::vector<const char*> folders;
+    for (const std::string& folder : options.providers) folders.push_back(folder.c_str());
+    settings.size = sizeof settings;
+    settings.folders = folders.data();
+    settings.folderCount = static_cast<uint32_t>(folders.size());
+    KorvMask* mask = nullptr;
+    const int32_t status = KorvMaskOpen(&settings, &mask);
+    MaskHandle handle(mask);
+    if (status != KORV_MASK_SUCCESS) throw ToolError(messagesOf(mask, status));
+    return handle;
+}
+
+}  // namespace
+
+MaskHandle openMask(const Options& options, const std::vector<std::string>& columns) {
+    std::vector<const char*> names;
+    for (const std::string& column : columns) names.push_back(column.c_str());
+    KorvMaskSettings settings = {};
+    settings.flags = (options.keepUnlisted ? KORV_MASK_KEEP_UNLISTED : 0) |
+                     (options.verifyProviders ? KORV_MASK_VERIFY_PROVIDERS : 0) |
+                     (options.dialect.header ? 0 : KORV_MASK_UNNAMED_COLUMNS);
+    settings.columns = names.data();
+    settings.columnCount = static_cast<uint32_t>(names.size());
+    settings.rulesFile = options.rules.c_str();
+    return open(options, settings);
+}
+
+MaskHandle openProviders(const Options& options) {
+    KorvMaskSettings settings = {};
+    settings.flags = KORV_MASK_ALL_PROVIDERS;
+    return open(options, settings);
+}
+
+std::vector<ColumnPlan> planOf(const KorvMask& mask, const Options& options) {
+    std::vector<ColumnPlan> plan;
+    for (uint32_t i = 0; const KorvMaskColumn* column = KorvMaskGetColumn(&mask, i); ++i) {
+        ColumnPlan& entry = plan.emplace_back();
+        entry.name = column->name;
+        entry.action = column->actionName;
+        entry.kind = column->action;
+        entry.related = column->related;
+        entry.aborts = std::string(column->onError) == "abort";
+        if (column->module != nullptr) entry.module = column->module;
+        entry.files.assign(column->files, column->files + column->fileCount);
+        entry.reason = "no rule";
+        if (column->rulesLine != 0) {
+            // Operands are left out: among them are keys and seeds.
+            entry.reason = std::string("rule ") + column->rulePattern + " = " +
+                           column->actionName + ", " + options.rules + ":" +
+                           std::to_string(column->rulesLine);
+        }
+    }
+    return plan;
+}
+
+}  // namespace tool
