@@ -1,27 +1,28 @@
-/* DSWAP, a provider to start from: exchanges the digits of each pair of neighbours, 123-45 becomes
- * 213-54. A run of an odd number of digits keeps its last one.
+/* DSWAP, a provider to start from: it swaps the two digits of each pair of neighbours, so 123-45
+ * becomes 213-54. In a run with an odd number of digits the last digit stays.
  *
- * The operand AT=n leaves the first n characters as they are.
+ * The operand AT=n leaves the first n characters unchanged.
  */
-#include <mask_csv/provider.h>
+#include <korv/provider.h>
 #include <stdlib.h>
 
-/* 1. What a rule may say: one operand, a number. */
+/* 1. The operands that a rule may have: here one, a number. */
 enum { OPERAND_AT = 1 };
 static const PrvOperand operands[] = {
     {"AT", OPERAND_AT, 0, OPR_VALUE_INTEGER, 0, 1000},
 };
 
-/* 2. What can go wrong, for the report. */
+/* 2. The errors, with their texts for reports. */
 enum { ERROR_NO_PAIR = 1, ERROR_TOO_LONG = 2, ERROR_NOT_TEXT = 3, ERROR_NO_MEMORY = 4 };
 static const PrvErrorText errors[] = {
     {ERROR_NO_PAIR, "no two neighbouring digits"},
     {ERROR_TOO_LONG, "longer than its target"},
     {ERROR_NOT_TEXT, "not text"},
-    {ERROR_NO_MEMORY, "no memory"},
+    {ERROR_NO_MEMORY, "out of memory"},
 };
 
-/* Captures an error with the column's name and, unless it is negative, a length. */
+/* Captures an error with the name of the column and, unless it is negative, the value's length. The
+ * value itself must not appear in an error. */
 static int32_t fail(const PrvCall* call, uint32_t code, int32_t length) {
     const FieldDefX* field = call->block->fieldRefs.fieldDef;
     if (ErrorCapture(call->context, code, call->service->svcCode1, 2) == KORV_SUCCESS) {
@@ -31,7 +32,7 @@ static int32_t fail(const PrvCall* call, uint32_t code, int32_t length) {
     return (int32_t)code;
 }
 
-/* 3. Once for each rule: its operands become the state of the provider. */
+/* 3. Called once for each rule: turns its operands into the provider's state. */
 typedef struct State {
     int32_t at;
 } State;
@@ -51,20 +52,21 @@ static void closeRule(void* state) {
     free(state);
 }
 
-/* 4. Once for each value: narrow and wide text by the same lines. Returns the pairs exchanged. */
-#define DEFINE_SWAP(name, Char)                                                         \
-    static int32_t name(Char* text, int32_t length, int32_t at) {                       \
-        int32_t pairs = 0;                                                              \
-        int32_t i;                                                                      \
-        for (i = at; i + 1 < length; ++i) {                                             \
-            const Char first = text[i];                                                 \
-            const Char second = text[i + 1];                                            \
-            if (first < '0' || first > '9' || second < '0' || second > '9') continue;   \
-            text[i++] = second;                                                         \
-            text[i] = first;                                                            \
-            ++pairs;                                                                    \
-        }                                                                               \
-        return pairs;                                                                   \
+/* 4. Called once for each value. The same code swaps in narrow and in wide text, and returns the
+ * number of swapped pairs. */
+#define DEFINE_SWAP(name, Char)                                                       \
+    static int32_t name(Char* text, int32_t length, int32_t at) {                     \
+        int32_t pairs = 0;                                                            \
+        int32_t i;                                                                    \
+        for (i = at; i + 1 < length; ++i) {                                           \
+            const Char first = text[i];                                               \
+            const Char second = text[i + 1];                                          \
+            if (first < '0' || first > '9' || second < '0' || second > '9') continue; \
+            text[i++] = second;                                                       \
+            text[i] = first;                                                          \
+            ++pairs;                                                                  \
+        }                                                                             \
+        return pairs;                                                                 \
     }
 DEFINE_SWAP(swapNarrow, char)
 DEFINE_SWAP(swapWide, wchar_t)
@@ -76,21 +78,15 @@ static int32_t maskValue(void* state, const PrvCall* call) {
     int32_t characters;
     int32_t pairs;
 
-    /* A null or empty value stays one. */
+    /* The length of the value in characters and in bytes, and its copy in the target. */
     KORVGetSourceDataLen(value, call->context->fieldRefs.fieldDef, &characters);
-    if (characters <= 0) {
-        call->result->nullIndicator = 1;
-        return 0;
-    }
-
-    /* Its bytes, and its copy in the target. */
     if (GetSrcBufLen(value, type) != KORV_SUCCESS) return fail(call, ERROR_NOT_TEXT, -1);
     if (value->length > value->capacity) return fail(call, ERROR_TOO_LONG, characters);
     if (KORV_IsZeroOrZeroLength(call->context, value, call->result) != KORV_CLASS_TEXT) {
         return fail(call, ERROR_NOT_TEXT, -1);
     }
 
-    /* The masking itself. */
+    /* The masking itself, in the copy. */
     if (type == WVARCHAR_SZ) {
         pairs = swapWide(value->target, characters, at);
         call->result->length = characters * (int32_t)sizeof(wchar_t);
@@ -98,11 +94,21 @@ static int32_t maskValue(void* state, const PrvCall* call) {
         pairs = swapNarrow(value->target, characters, at);
         call->result->length = characters;
     }
-    call->result->data = value->target;
     return pairs ? 0 : fail(call, ERROR_NO_PAIR, characters);
 }
 
-/* 5. The one name that the module exports. */
+/* 5. The provider's promises for an opened rule. Swapping twice restores the value, so maskValue is
+ * also the function that unmasks. */
+static uint32_t promises(const void* state) {
+    (void)state;
+    return PRV_PROMISE_ONE_TO_ONE | PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT |
+           PRV_PROMISE_REVERSIBLE;
+}
+
+/* 6. Rules to try the provider with. */
+static const char* const sampleRules[] = {"DSWAP", "DSWAP, at=2"};
+
+/* 7. The only name that the module exports. */
 __attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void) {
     static const PrvEntry entry = {
         PRV_INTERFACE_VERSION,
@@ -114,6 +120,11 @@ __attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void) {
         openRule,
         maskValue,
         closeRule,
+        NULL, /* maskBatch: masking single values is fast enough here */
+        maskValue,
+        promises,
+        sampleRules,
+        sizeof sampleRules / sizeof *sampleRules,
     };
     return &entry;
 }

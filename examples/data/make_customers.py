@@ -2,14 +2,18 @@
 """Writes the demo's customer records to standard output: the same ones every time.
 
     python3 make_customers.py > customers.csv
+    python3 make_customers.py --rows 100000 > many.csv
 
-The people are invented. Rows with a NOTE that begins with "!" are difficult on purpose.
+The people are invented. Rows with a NOTE that begins with "!" are difficult on purpose. With --rows
+the file has 12 columns (no SEGMENT), more empty and more quoted fields, and the difficult rows come
+again every 1,000 rows.
 """
+import argparse
 import csv
-import io
 import sys
 
 ROWS = 240
+PERIOD = 1000
 
 FIRST = ("Anna Bernd Chloé Dmitri Élodie Fatima Günther Håkon Ilse José Karim Léa Małgorzata Noah "
          "Ólafur Petra Quentin Róisín Søren Thandi Uwe Věra Wei Ximena Yusuf Zoë Łukasz Мария Νίκος "
@@ -128,18 +132,49 @@ DIFFICULT = {
 }
 
 
-def main():
+# NOTE in a file of many rows: most need quotes, as free text does.
+NOTES = ["", "VIP", "calls in the morning, never at noon", 'says "hello"', "Zürich, 2nd floor",
+         "moved: first Köln, then Århus", "two\nlines", "prefers e-mail"]
+# Columns that may be empty in a file of many rows.
+OPTIONAL = ["First Name", "EMAIL", "PHONE", "BIRTH_DATE", "CARD", "NATIONAL_ID", "CITY", "SIGNUP"]
+
+
+def demo_records():
     random = Random(2024)
-    output = io.StringIO(newline="")
-    writer = None
     for number in range(1, ROWS + 1):
         row = record(number, random)
         row.update(DIFFICULT.get(number, {}))
-        if writer is None:
-            writer = csv.DictWriter(output, list(row), lineterminator="\n")
-            writer.writeheader()
-        writer.writerow(row)
-    sys.stdout.buffer.write(output.getvalue().encode("utf-8"))
+        yield row
+
+
+def many_records(rows):
+    random = Random(1)
+    for number in range(1, rows + 1):
+        row = record(number, random)
+        del row["SEGMENT"]
+        row["NOTE"] = random.pick(NOTES)
+        if random.below(8) == 0:
+            row[random.pick(OPTIONAL)] = ""
+        row.update(DIFFICULT.get(number % PERIOD, {}))
+        yield row
+
+
+def write(records, file):
+    """Writes records, of which there is at least one, as CSV to a text file."""
+    first = next(records)
+    writer = csv.writer(file, lineterminator="\n")
+    writer.writerow(first)
+    writer.writerow(first.values())
+    for row in records:
+        writer.writerow(row.values())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.partition("\n")[0])
+    parser.add_argument("--rows", type=int, help="write this many records instead of the demo's")
+    arguments = parser.parse_args()
+    sys.stdout.reconfigure(encoding="utf-8", newline="")
+    write(demo_records() if arguments.rows is None else many_records(arguments.rows), sys.stdout)
 
 
 if __name__ == "__main__":
