@@ -1,0 +1,58 @@
+"""What the program tells about itself: --help, --version and --list-providers."""
+import os
+import re
+
+from command import BROKEN_PROVIDERS, PROVIDERS, ROOT, CommandTest, main, read
+
+NAMES = ("AFF", "AGE", "CCN", "EML", "HASH", "LKP", "NID")
+
+
+class InformationTest(CommandTest):
+    def shown(self, *arguments):
+        result = self.run_program(*arguments)
+        self.assertEqual((0, b""), (result.returncode, result.stderr))
+        return result.stdout.decode()
+
+    def test_help_names_every_option(self):
+        shown = self.shown("--help")
+        for option in ("--rules", "--output", "--report", "--summary", "--jobs", "--check",
+                       "--diff", "--show-clear", "--keep-unlisted", "--max-errors",
+                       "--delimiter", "--encoding", "--no-header", "--null",
+                       "--suggest", "--html", "--providers",
+                       "--list-providers", "--verify-providers", "--version", "--progress"):
+            self.assertRegex(shown, rf"(?m)(^|\s|,){option}\b", option)
+
+    def test_help_explains_the_rules_and_lists_the_providers(self):
+        """Fault 7: the help did not say what a rule looks like."""
+        shown = self.shown("--help")
+        self.assertRegex(shown, r"(?m)^\s*\w+ += CCN, key=\d+")
+        for name in NAMES + ("KEEP", "DROP", "NULL", "CONST", "on-error"):
+            self.assertRegex(shown, rf"\b{name}\b", name)
+
+    def test_help_fits_a_terminal(self):
+        for line in self.shown("--help").splitlines():
+            self.assertLessEqual(len(line), 100, line)
+
+    def test_version(self):
+        version = re.search(r"VERSION (\d+\.\d+\.\d+)",
+                            read(os.path.join(ROOT, "CMakeLists.txt")).decode()).group(1)
+        self.assertIn("korv-mask " + version, self.shown("--version"))
+
+    def test_list_of_providers(self):
+        shown = self.shown("--list-providers")
+        for name in NAMES:
+            self.assertRegex(shown, rf"(?m)^\W*{name}\b", name)
+        for operand in ("key", "seed", "format", "domain", "country", "method"):
+            self.assertRegex(shown, rf"(?i)\b{operand}\b")
+
+    def test_list_of_providers_of_other_folders(self):
+        folder = os.path.join(BROKEN_PROVIDERS, "first")
+        shown = self.shown("--list-providers", "--providers", folder)
+        self.assertRegex(shown, r"(?m)^\W*WHICH\b")
+        self.assertNotRegex(shown, r"(?m)^\W*CCN\b")
+        shown = self.shown("--list-providers", "--providers", folder, "--providers", PROVIDERS)
+        self.assertRegex(shown, r"(?m)^\W*WHICH\b")
+        self.assertRegex(shown, r"(?m)^\W*CCN\b")
+
+
+main()
