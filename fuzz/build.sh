@@ -10,7 +10,7 @@ mkdir -p "$OUT"
 
 # The flags come from the environment; those of the engine are for linking only.
 cmake -S "$source" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=None \
-    -DKORV_BUILD_FUZZERS=ON -DKORV_BUILD_TESTS=OFF -DKORV_BUILD_EXAMPLES=ON \
+    -DKORV_BUILD_FUZZERS=ON -DKORV_BUILD_TESTS=OFF -DKORV_BUILD_MASK=ON \
     -DKORV_FUZZ_FLAGS= "-DKORV_FUZZ_ENGINE=$LIB_FUZZING_ENGINE"
 cmake --build "$build" --target fuzzers
 

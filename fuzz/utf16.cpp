@@ -1,5 +1,5 @@
 // The conversion of UTF-16 input in chunks of any size, against the conversion of the whole input.
-#include "host/utf16_source.h"
+#include "utf16_source.h"
 
 #include "slow/utf8.h"
 #include "support/expect.h"
@@ -12,7 +12,7 @@ namespace {
 std::string convertInChunks(const std::string& bytes, bool big, std::size_t chunk,
                             std::size_t atOnce, std::size_t capacity) {
     TextSource source(bytes, atOnce);
-    host::Utf16Source conversion(source, big, chunk);
+    tool::Utf16Source conversion(source, big, chunk);
     std::string result;
     std::string buffer(capacity, '\0');
     try {
@@ -21,13 +21,13 @@ std::string convertInChunks(const std::string& bytes, bool big, std::size_t chun
             result.append(buffer, 0, count);
         }
         FUZZ_EXPECT(conversion.read(buffer.data(), buffer.size()) == 0);
-    } catch (const host::MalformedInput& error) {
+    } catch (const tool::MalformedInput& error) {
         result += "!" + std::string(error.what());
     }
     return result;
 }
 
-// Ends behind a zero unit, which the reader refuses.
+// Ends after a zero unit, which the parser refuses.
 std::string convertWhole(const std::string& bytes, bool big) {
     const auto unit = [&](std::size_t at) -> uint32_t {
         const auto first = static_cast<uint8_t>(bytes[at]);
