@@ -10,7 +10,7 @@ import subprocess
 import sys
 
 import chart
-import host
+import masking
 
 HERE = pathlib.Path(__file__).resolve().parent
 MISSED_BY = 0.9  # a goal is missed when less than this part of it is reached
@@ -23,7 +23,7 @@ def command_line():
     parser.add_argument("--repetitions", type=int, default=9)
     parser.add_argument("--min-time", type=float, default=0.02, metavar="SECONDS",
                         help="of one repetition of one variant")
-    parser.add_argument("--no-host", action="store_true", help="leave out the example host")
+    parser.add_argument("--no-mask", action="store_true", help="leave out korv-mask")
     parser.add_argument("--no-run", action="store_true", help="use the JSON of an earlier run")
     parser.add_argument("--check", action="store_true",
                         help="fail when a goal of bench/goals.csv is missed by more than 10 %%")
@@ -136,8 +136,8 @@ def main():
     else:
         raw = run_benchmark(options)
         report = {"context": raw["context"], "rows": list(rows_of(medians(raw)))}
-        if not options.no_host and re.search(options.filter, host.FUNCTION):
-            report["rows"] += host.rows(options.build)
+        if not options.no_mask and re.search(options.filter, masking.FUNCTION):
+            report["rows"] += masking.rows(options.build)
     add_goals(report["rows"], goals)
     result.write_text(json.dumps(report, indent=1) + "\n")
     print_table(report["rows"])
@@ -145,8 +145,8 @@ def main():
     if options.plot:
         print(f"chart: {chart.draw(report['rows'], HERE.parent / 'docs/performance.svg')}")
     if options.check:
-        if options.no_host:
-            goals = {goal: ratio for goal, ratio in goals.items() if goal[0] != host.FUNCTION}
+        if options.no_mask:
+            goals = {goal: ratio for goal, ratio in goals.items() if goal[0] != masking.FUNCTION}
         if not check(report["rows"], goals, options.filter == "."):
             sys.exit(1)
 
