@@ -1,7 +1,8 @@
 /* A program of an earlier build: calls the libraries that it finds, and checks what they answer.
  *
- * abi/baseline_program is this file as it was compiled once, with the headers of that day. It is
- * never compiled again: that it still runs is what it is for. */
+ * 32/baseline_program and 64/baseline_program are this file as it was compiled once, with the
+ * headers of that day. It is never compiled again: its purpose is to show that old programs still
+ * run. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -119,7 +120,7 @@ static void errors(void) {
     CHECK(TokenCapture(&block, "CARD", VARCHAR_SZ, KORV_TOKID_COLNAME, 0) == KORV_SUCCESS);
     CHECK(TokenCaptureEAB(anchor, &number, INTEGER, KORV_TOKID_ROW_COUNT, 0) == KORV_SUCCESS);
     CHECK(anchor->head == anchor->tail && anchor->recordCount == 1);
-    CHECK(headerIs(&anchor->head->header, "ECBD", 32));
+    CHECK(headerIs(&anchor->head->header, "ECBD", sizeof *anchor->head));
     CHECK(anchor->head->firstCode == 11 && anchor->head->secondCode == 22);
     CHECK(anchor->head->tokenSlots[0].tokenId == KORV_TOKID_COLNAME);
     CHECK(wcscmp(anchor->head->tokenSlots[0].text, L"CARD") == 0);

@@ -28,13 +28,15 @@ def documented(name, header):
 def main():
     root = pathlib.Path(sys.argv[1])
     headers = [path.read_text() for path in sorted((root / "include/korv").glob("*.h"))]
-    prototypes = without_comments((root / "tests/interface/prototypes.c").read_text())
+    prototypes = "\n".join(without_comments((root / "tests/interface" / name).read_text())
+                           for name in ("prototypes.c", "mask_prototypes.c"))
     # Those of the interface and of concurrency enter every function, whether others test it or not.
     tests = "\n".join(without_comments(path.read_text())
                       for pattern in ("*.c", "*.cpp", "*.h")
                       for path in sorted((root / "tests").rglob(pattern))
                       if path.parent.name not in ("concurrency", "interface", "support"))
-    names = exports(root / "src/exports.txt") + exports(root / "datacnv/exports.txt")
+    names = [name for folder in ("src", "datacnv", "mask")
+             for name in exports(root / folder / "exports.txt")]
     if len(names) != len(set(names)):
         print("a name is listed twice")
         return 1

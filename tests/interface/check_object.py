@@ -1,5 +1,5 @@
-"""Compares a built object with what it promises: exported symbols, names, libraries, the age of libc,
-safe segments."""
+"""Compares a built object with what is promised for it: exported symbols, SONAME, needed libraries, the
+newest versions of libc and of the C++ run-time library that it needs, and safe segments."""
 
 import argparse
 import re
@@ -41,10 +41,18 @@ def exported(path):
     return symbols
 
 
-def libc_versions(path):
-    """The versions of libc's symbols that the object needs, as tuples of numbers."""
-    found = re.findall(r"\bName: GLIBC_([\d.]+)", readelf("-V", path))
-    return {tuple(int(part) for part in version.split(".")) for version in found}
+def numbers(version):
+    return tuple(int(part) for part in version.split("."))
+
+
+def faults_of_versions(path, prefix, newest):
+    """What is wrong with the symbol versions of this prefix that the object needs."""
+    needs = {numbers(version) for version in re.findall(rf"\bName: {prefix}_([\d.]+)",
+                                                        readelf("-V", path))}
+    if not needs:
+        return [f"needs no version of {prefix}"]
+    return [f"needs {prefix}_{'.'.join(map(str, version))}"
+            for version in sorted(needs) if version > numbers(newest)]
 
 
 def main():
@@ -55,6 +63,7 @@ def main():
     parser.add_argument("--needed", nargs="*", default=[], help="libraries that must be needed")
     parser.add_argument("--allowed", nargs="*", default=[], help="further ones that may be")
     parser.add_argument("--libc", help="the newest version of libc whose symbols may be needed")
+    parser.add_argument("--libstdcxx", help="the same for libstdc++, such as 3.4.30")
     options = parser.parse_args()
     faults = []
 
@@ -75,13 +84,9 @@ def main():
         faults.append(f"needs {name}")
     for name in sorted(set(options.needed) - needed):
         faults.append(f"does not need {name}")
-    if options.libc:
-        newest = tuple(int(part) for part in options.libc.split("."))
-        needs = libc_versions(options.object)
-        for version in sorted(version for version in needs if version > newest):
-            faults.append(f"needs libc {'.'.join(map(str, version))}")
-        if not needs:
-            faults.append("needs no version of libc")
+    for prefix, newest in (("GLIBC", options.libc), ("GLIBCXX", options.libstdcxx)):
+        if newest:
+            faults += faults_of_versions(options.object, prefix, newest)
     if "TEXTREL" in dynamic:
         faults.append("has relocations in its text")
 
