@@ -1,28 +1,43 @@
-# What cmake --install puts where, in the components runtime, datacnv (the companion's stand-in),
-# development and documentation. The example host's own rules stand in its folder.
+# What cmake --install puts where, in the components runtime, datacnv (the stand-in for the companion
+# library), development and documentation. The rules of the components engine and mask are in the
+# folders mask, providers and tools.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 include(${CMAKE_CURRENT_LIST_DIR}/path_between.cmake)
 
-# Folders but that of the headers may be absolute; relative ones let the installed tree move.
+# The folder of the headers must be relative to the prefix. All others may be absolute; the installed
+# tree can be moved as a whole if they are relative.
 set(packages ${CMAKE_INSTALL_LIBDIR}/cmake/korv-support)
+set(pc_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+korv_path_between(pc_prefix ${pc_folder} . "\${pcfiledir}/")
+korv_path_between(pc_libdir . ${CMAKE_INSTALL_LIBDIR} "\${prefix}/")
+korv_path_between(pc_includedir . ${CMAKE_INSTALL_INCLUDEDIR} "\${prefix}/")
+
+# korv_install_package(target): how consumers find the library that `target` builds: the export set
+# TARGET-targets for the CMake package, where korv-NAME becomes korv::NAME, and a pkg-config file from
+# the template TARGET.pc.in.
+function(korv_install_package target)
+  string(REGEX REPLACE "^korv-" "" name ${target})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${name})
+  install(EXPORT ${target}-targets NAMESPACE korv:: DESTINATION ${packages} COMPONENT development)
+  set(pc ${CMAKE_CURRENT_BINARY_DIR}/${target}.pc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${target}.pc.in ${pc} @ONLY)
+  install(FILES ${pc} DESTINATION ${pc_folder} COMPONENT development)
+endfunction()
 
 install(TARGETS korv-support EXPORT korv-support-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
           COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+korv_install_package(korv-support)
 install(TARGETS korv-datacnv EXPORT korv-datacnv-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT datacnv
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+korv_install_package(korv-datacnv)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/korv DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
 
 # find_package(korv-support)
-set_target_properties(korv-support PROPERTIES EXPORT_NAME support)
-set_target_properties(korv-datacnv PROPERTIES EXPORT_NAME datacnv)
-foreach(name IN ITEMS korv-support korv-datacnv)
-  install(EXPORT ${name}-targets NAMESPACE korv:: DESTINATION ${packages} COMPONENT development)
-endforeach()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/korv-support-config.cmake.in
   korv-support-config.cmake INSTALL_DESTINATION ${packages} PATH_VARS CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(korv-support-config-version.cmake COMPATIBILITY SameMajorVersion)
@@ -30,21 +45,12 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config-version.cmake
         DESTINATION ${packages} COMPONENT development)
 
-# pkg-config
-set(pc_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-korv_path_between(pc_prefix ${pc_folder} . "\${pcfiledir}/")
-korv_path_between(pc_libdir . ${CMAKE_INSTALL_LIBDIR} "\${prefix}/")
-korv_path_between(pc_includedir . ${CMAKE_INSTALL_INCLUDEDIR} "\${prefix}/")
-foreach(name IN ITEMS korv-support korv-datacnv)
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in ${name}.pc @ONLY)
-  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc DESTINATION ${pc_folder}
-          COMPONENT development)
-endforeach()
-
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
               ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/provider_template
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT documentation)
+install(FILES ${PROJECT_SOURCE_DIR}/examples/mask_column/mask_column.c
+        DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/mask_column COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT documentation PATTERN reference EXCLUDE)

@@ -1,4 +1,4 @@
-# Read by cpack: the dependencies of packages with objects, found in the objects.
+# Read by cpack: the dependencies of packages with objects, as the objects name them.
 function(depends_of component)
   file(GLOB objects ${ARGN})
   execute_process(COMMAND python3 ${CMAKE_CURRENT_LIST_DIR}/needs.py ${CPACK_KORV_OWN} ${objects}
@@ -10,4 +10,5 @@ endfunction()
 set(build ${CPACK_KORV_BUILD})
 depends_of(RUNTIME ${build}/lib/libKORVSupport.so)
 depends_of(DATACNV ${build}/lib/libKORVDataCnvLib.so)
-depends_of(EXAMPLE ${build}/bin/mask_csv ${build}/lib/korv-providers/*.so)
+depends_of(ENGINE ${build}/lib/libkorvmask.so)
+depends_of(MASK ${build}/bin/korv-mask ${build}/lib/korv-providers/*.so)

@@ -1,5 +1,5 @@
-# Run by cpack when everything lies where the packages are made from: manuals and changelogs are
-# compressed, and objects are stripped.
+# Run by cpack after it has installed the files that the packages are made from: compresses manual
+# pages and changelogs, and strips objects.
 set(usr ${CPACK_TEMPORARY_DIRECTORY}/*/usr)
 file(GLOB texts ${usr}/share/doc/*/changelog.Debian ${usr}/share/man/man?/*.?)
 foreach(text IN LISTS texts)

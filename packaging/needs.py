@@ -43,7 +43,7 @@ def needs(path: str) -> dict[str, set[str]]:
         if match := re.search(r"Version: 1  File: (\S+)", line):
             name = match.group(1)
         elif match := re.search(r"Name: (\S+)  Flags", line):
-            # Only the needs stand behind the name of a file.
+            # Versions that are needed follow the name of a file; versions that are defined do not.
             if name:
                 versions[name].add(match.group(1))
     return versions

@@ -11,7 +11,8 @@ import unittest
 
 BUILD, SOURCE = (pathlib.Path(argument) for argument in sys.argv[1:3])
 CONSUMERS = pathlib.Path(__file__).resolve().parent / "consumers"
-LINKED = ("runtime", "datacnv", "development")  # the components that a linking consumer takes
+LINKED = ("runtime", "datacnv", "development")  # what a consumer of the support library needs
+ENGINE = (*LINKED, "engine", "mask")  # what a consumer of the engine needs
 
 
 def cached(name: str, build: pathlib.Path = BUILD) -> str:
@@ -33,14 +34,15 @@ class InstallationTest(unittest.TestCase):
         self.folder = pathlib.Path(folder).resolve()
         self.prefix = self.folder / "stage"
 
-    def run_command(self, *command: object, fails: bool = False, **environment: object) -> str:
-        """What the command prints; it must succeed, or fail."""
+    def run_command(self, *command: object, fails: bool = False, status: int = 0,
+                    **environment: object) -> str:
+        """Returns what the command prints. It must end with the status, or fail with any other."""
         words = [str(word) for word in command]
         done = subprocess.run(words, cwd=self.folder, text=True, timeout=300, check=False,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               env={**os.environ, "LD_LIBRARY_PATH": "",
                                    **{name: str(value) for name, value in environment.items()}})
-        self.assertEqual(fails, done.returncode != 0,
+        self.assertEqual(fails, done.returncode != status,
                          f"{shlex.join(words)}: exit status {done.returncode}\n{done.stdout}")
         return done.stdout
 
@@ -71,8 +73,9 @@ class InstallationTest(unittest.TestCase):
                                 f"-DCMAKE_C_FLAGS={flags}", f"-DCMAKE_CXX_FLAGS={flags}",
                                 *options, fails=fails)
 
-    def build_by_find_package(self, build: str, *options: str) -> pathlib.Path:
-        self.configure(CONSUMERS / "find_package", build, *options)
+    def build_by_find_package(self, build: str, *options: str,
+                              consumer: str = "find_package") -> pathlib.Path:
+        self.configure(CONSUMERS / consumer, build, *options)
         self.run_command("cmake", "--build", self.folder / build)
         return self.folder / build / "use"
 

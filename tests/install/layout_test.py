@@ -2,19 +2,29 @@
 import pathlib
 import shutil
 
-from installation import BUILD, LINKED, SOURCE, VERSION, InstallationTest, cached, main
+from installation import BUILD, ENGINE, LINKED, SOURCE, VERSION, InstallationTest, cached, main
 
 TARGETS = ("targets", "targets-" + (cached("CMAKE_BUILD_TYPE") or "release").lower())
-PACKAGES = {"pkgconfig/korv-support.pc", "pkgconfig/korv-datacnv.pc"} | {
-    f"cmake/korv-support/korv-support-{name}.cmake"
-    for name in ("config", "config-version", *TARGETS)} | {
-    f"cmake/korv-support/korv-datacnv-{name}.cmake" for name in TARGETS}
+LIBRARIES = ("korv-support", "korv-datacnv")
+
+
+def packages(*libraries):
+    """The files by which pkg-config and CMake find the libraries."""
+    return {f"pkgconfig/{library}.pc" for library in libraries} | {
+        f"cmake/korv-support/{library}-{name}.cmake"
+        for library in libraries for name in TARGETS} | {
+        f"cmake/korv-support/korv-support-{name}.cmake" for name in ("config", "config-version")}
+
+
 HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
 TEMPLATE = SOURCE / "examples/provider_template"
 DOCUMENTS = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md"} | {
     f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
     if path.is_file() and path.parent.name != "reference"} | {
-    f"examples/provider_template/{path.name}" for path in TEMPLATE.iterdir()}
+    f"examples/provider_template/{path.name}" for path in TEMPLATE.iterdir()} | {
+    "examples/mask_column/mask_column.c"}
+DATA = {"customers.csv", "rules.txt", "cities.txt", "first_names.txt"}
+PROVIDERS = {path.name for path in (BUILD / "lib/korv-providers").glob("*.so")}
 
 
 def below(folder, names):
@@ -28,7 +38,8 @@ def for_gdb(libraries):
 
 
 def development(prefix):
-    return {"lib/libKORVSupport.so"} | below("lib", PACKAGES) | HEADERS | for_gdb(f"{prefix}/lib")
+    return {"lib/libKORVSupport.so", "lib/libkorvmask.so"} | below(
+        "lib", packages(*LIBRARIES, "korv-mask")) | HEADERS | for_gdb(f"{prefix}/lib")
 
 
 class ComponentsTest(InstallationTest):
@@ -41,12 +52,18 @@ class ComponentsTest(InstallationTest):
     def test_each_holds_its_files(self):
         self.assertEqual({"lib/libKORVSupport.so.21"}, self.installed("runtime"))
         self.assertEqual({"lib/libKORVDataCnvLib.so"}, self.installed("datacnv"))
+        self.assertEqual({"lib/libkorvmask.so.1"}, self.installed("engine"))
+        self.assertEqual({"bin/korv-mask", "share/man/man1/korv-mask.1",
+                          "share/doc/korv-support/korv-mask.md"}
+                         | below("lib/korv-providers", PROVIDERS)
+                         | below("share/doc/korv-support/examples/data", DATA),
+                         self.installed("mask"))
         self.assertEqual(development(self.prefix), self.installed("development"))
         self.assertEqual(below("share/doc/korv-support", DOCUMENTS),
                          self.installed("documentation"))
 
     def test_nothing_is_outside_them(self):
-        self.install(*LINKED, "documentation", "example")
+        self.install(*ENGINE, "documentation")
         by_component = self.files(self.prefix)
         shutil.rmtree(self.prefix)
         self.run_command("cmake", "--install", BUILD, "--prefix", self.prefix)
@@ -60,7 +77,7 @@ class ComponentsTest(InstallationTest):
 
     def test_package_version(self):
         self.install(*LINKED)
-        for name in ("korv-support", "korv-datacnv"):
+        for name in (*LIBRARIES, "korv-mask"):
             self.assertEqual([VERSION], self.pkg_config(self.prefix / "lib/pkgconfig",
                                                         "--modversion", name))
 
@@ -69,7 +86,7 @@ class ComponentsTest(InstallationTest):
         self.install(*LINKED, DESTDIR=destdir)
         prefix = cached("CMAKE_INSTALL_PREFIX")
         libraries = destdir / prefix.lstrip("/") / "lib"
-        program = self.build_by_pkg_config(libraries / "pkgconfig", "korv-support", "korv-datacnv")
+        program = self.build_by_pkg_config(libraries / "pkgconfig", *LIBRARIES)
         self.check_use(program, LD_LIBRARY_PATH=libraries)
         self.assertEqual(development(prefix)
                          | {"lib/libKORVSupport.so.21", "lib/libKORVDataCnvLib.so"},
@@ -82,17 +99,17 @@ class FoldersTest(InstallationTest):
     def configure_with(self, **folders):
         build = self.folder / "other"
         options = [f"-D{name}={value}" for name, value in folders.items()]
-        self.configure(SOURCE, "other", "-DKORV_BUILD_TESTS=OFF", "-DKORV_BUILD_EXAMPLES=OFF",
+        self.configure(SOURCE, "other", "-DKORV_BUILD_TESTS=OFF", "-DKORV_BUILD_MASK=OFF",
                        f"-DCMAKE_INSTALL_PREFIX={self.prefix}", *options)
         shutil.copytree(BUILD / "lib", build / "lib", symlinks=True, dirs_exist_ok=True,
                         ignore=shutil.ignore_patterns("*.a", "korv-providers"))
         return build
 
     def check_consumers(self, libraries, *package):
-        for name in ("korv-support", "korv-datacnv"):
+        for name in LIBRARIES:
             [folder] = self.pkg_config(libraries / "pkgconfig", "--variable=libdir", name)
             self.assertEqual(libraries, pathlib.Path(folder).resolve())
-        program = self.build_by_pkg_config(libraries / "pkgconfig", "korv-support", "korv-datacnv")
+        program = self.build_by_pkg_config(libraries / "pkgconfig", *LIBRARIES)
         self.check_use(program, LD_LIBRARY_PATH=libraries)
         self.check_use(self.build_by_find_package("build", *package))
 
@@ -112,7 +129,7 @@ class FoldersTest(InstallationTest):
         self.install(*LINKED, build=build)
         self.assertEqual(below("include/korv", {name.split("/")[-1] for name in HEADERS})
                          | for_gdb(libraries), self.files(self.prefix))
-        self.assertEqual(PACKAGES | {"libKORVSupport.so.21", "libKORVSupport.so",
+        self.assertEqual(packages(*LIBRARIES) | {"libKORVSupport.so.21", "libKORVSupport.so",
                                      "libKORVDataCnvLib.so"}, self.files(libraries))
         self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
 

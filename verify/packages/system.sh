@@ -1,5 +1,5 @@
-# A tree with a package database of its own and as much of a 32-bit Debian system as programs need,
-# out of this machine's multilib files. Sourced; $work is where it is made, $tree is the tree.
+# Makes a tree with its own package database and as much of a 32-bit Debian system as programs need, from
+# this machine's multilib files. Sourced with the folder to work in as $work; the tree is $tree.
 tree=$work/tree
 
 in_tree() {

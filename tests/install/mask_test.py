@@ -1,0 +1,104 @@
+"""The installed engine, program and providers work together, also in a moved tree, and with consumers
+and provider modules that are built against them."""
+import pathlib
+import re
+
+from installation import (BITS, CC, CONSUMERS, ENGINE, FLAGS, LINKED, SOURCE, InstallationTest,
+                          main)
+
+TEMPLATE = SOURCE / "examples/provider_template"
+
+
+class ProgramTest(InstallationTest):
+    def setUp(self):
+        super().setUp()
+        self.install("runtime", "datacnv", "engine", "mask")
+
+    def check_demo(self, prefix):
+        data = prefix / "share/doc/korv-support/examples/data"
+        # Exit status 1: some of the demo's values cannot be masked, on purpose.
+        self.run_command(prefix / "bin/korv-mask", "--rules", data / "rules.txt",
+                         data / "customers.csv", "--output", "out.csv", "--report", "report.txt",
+                         status=1)
+        stored = SOURCE / "tests/korv-mask/customers.masked.csv"
+        self.assertEqual(stored.read_bytes(), (self.folder / "out.csv").read_bytes())
+
+    def test_it_masks_the_installed_records(self):
+        self.check_demo(self.prefix)
+
+    def test_it_does_so_in_a_moved_tree(self):
+        moved = self.folder / "moved"
+        self.prefix.rename(moved)
+        self.check_demo(moved)
+
+    def test_all_providers_are_installed(self):
+        names = re.search(r"set\(provider_names ([a-z ]+)\)",
+                          (SOURCE / "providers/CMakeLists.txt").read_text()).group(1)
+        self.assertEqual({f"libkorvprv_{name}.so" for name in names.split()},
+                         self.files(self.prefix / "lib/korv-providers"))
+
+    def test_its_manual_names_every_option(self):
+        shown = self.run_command(self.prefix / "bin/korv-mask", "--help")
+        options = set(re.findall(r"--[a-z][a-z-]+", shown))
+        self.assertGreater(len(options), 4)
+        manual = (self.prefix / "share/man/man1/korv-mask.1").read_text().replace("\\-", "-")
+        self.assertEqual(set(), options - set(re.findall(r"--[a-z][a-z-]+", manual)))
+
+
+class ConsumersTest(InstallationTest):
+    def setUp(self):
+        super().setUp()
+        self.install(*ENGINE)
+
+    def check_use(self, program, **environment):
+        self.assertEqual(f"2 values masked by CCN, changed, pointers of {BITS // 8} bytes\n",
+                         self.run_command(program, **environment))
+
+    def build_by_pkg_config(self, folder, *packages):
+        program = self.folder / "use"
+        words = self.pkg_config(folder, "--cflags", "--libs", *packages)
+        self.run_command(CC, *FLAGS, "-std=c99", "-Wall", "-Wextra", "-Werror",
+                         CONSUMERS / "mask.c", *words, "-o", program)
+        return program
+
+    def check_both_routes(self, prefix):
+        lib = prefix / "lib"
+        [folder] = self.pkg_config(lib / "pkgconfig", "--variable=libdir", "korv-mask")
+        self.assertEqual(lib, pathlib.Path(folder).resolve())
+        self.check_use(self.build_by_pkg_config(lib / "pkgconfig", "korv-mask"),
+                       LD_LIBRARY_PATH=lib)
+        self.check_use(self.build_by_find_package("build", f"-DCMAKE_PREFIX_PATH={prefix}",
+                                                  consumer="mask"))
+
+    def test_c(self):
+        self.check_both_routes(self.prefix)
+
+    def test_c_in_a_moved_tree(self):
+        moved = self.folder / "elsewhere"
+        self.prefix.rename(moved)
+        self.check_both_routes(moved)
+
+    def test_a_provider_from_the_template(self):
+        self.configure(TEMPLATE, "build", f"-DCMAKE_PREFIX_PATH={self.prefix}")
+        self.run_command("cmake", "--build", self.folder / "build")
+        (self.folder / "rules.txt").write_text("PHONE = DSWAP, at=1\n")
+        (self.folder / "clear.csv").write_text("PHONE\n123-45\n\nä89\n")
+        self.run_command(self.prefix / "bin/korv-mask", "--providers", self.folder / "build",
+                         "--rules", "rules.txt", "clear.csv", "--output", "masked.csv")
+        self.assertEqual("PHONE\n132-54\n\nä98\n",
+                         (self.folder / "masked.csv").read_text(encoding="utf-8").replace('""', ""))
+
+
+class WithoutTheEngineTest(InstallationTest):
+    def test_find_package_says_so_when_it_is_asked_for(self):
+        self.install(*LINKED)
+        message = self.configure(CONSUMERS / "mask", "build",
+                                 f"-DCMAKE_PREFIX_PATH={self.prefix}", fails=True)
+        self.assertIn("has no masking engine libkorvmask.so.1", " ".join(message.split()))
+
+    def test_find_package_finds_the_other_libraries(self):
+        self.install(*LINKED)
+        self.check_use(self.build_by_find_package("build", f"-DCMAKE_PREFIX_PATH={self.prefix}"))
+
+
+main()
