@@ -1,8 +1,9 @@
-# Installs what the other scripts need and is missing: Debian packages, through apt-get, as root or with
-# sudo. Sourced with the names of further packages as arguments. Does nothing when all are there.
-korv_setup() {
+# Installs Debian packages that other scripts need and that are missing. Sourced.
+
+# korv_install PACKAGE...: through apt-get, as root or with sudo. Does nothing if all are installed.
+korv_install() {
     local package missing=()
-    for package in cmake ninja-build g++ g++-multilib libcli11-dev python3 "$@"; do
+    for package in "$@"; do
         [[ $(dpkg-query -W -f '${Status}' "$package" 2>/dev/null) == *'ok installed' ]] ||
             missing+=("$package")
     done
@@ -13,4 +14,9 @@ korv_setup() {
     "${sudo[@]}" apt-get update -q
     "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
         apt-get install -q -y --no-install-recommends "${missing[@]}"
+}
+
+# korv_setup PACKAGE...: what building for 64 and for 32 bits takes, and the packages.
+korv_setup() {
+    korv_install cmake ninja-build g++ g++-multilib libcli11-dev python3 "$@"
 }

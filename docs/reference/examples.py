@@ -9,7 +9,9 @@ import sys
 
 include, cc, cxx, *flags = sys.argv[1:]
 LANGUAGES = {
-    ".h": ([cc, "-x", "c", "-std=c99"], "#include <korv/datacnv.h>\n#include <korv/korv.h>\n"),
+    ".h": ([cc, "-x", "c", "-std=c99"],
+           "#include <stdio.h>\n#include <korv/datacnv.h>\n#include <korv/korv.h>\n"
+           "#include <korv/mask.h>\n#include <korv/provider.h>\n"),
     ".hpp": ([cxx, "-x", "c++", "-std=c++17"], "#include <cstdio>\n#include <korv/korv.hpp>\n"),
 }
 FRAME = "#include <stdlib.h>\nCtrlBlkI request;\n"
@@ -23,7 +25,8 @@ for suffix, (compiler, program) in LANGUAGES.items():
             program += f"void example{count}(void);\nvoid example{count}(void) {{\n{lines}}}\n"
             count += 1
     subprocess.run([*compiler, *flags, "-Wall", "-Wextra", "-Werror", "-fsyntax-only",
-                    "-Wno-unused-but-set-variable", f"-I{include}", "-"],
+                    "-Wno-unused-but-set-variable", "-Wno-missing-field-initializers",
+                    f"-I{include}", "-"],
                    input=program, text=True, check=True)
 if not count:
     sys.exit("no examples")

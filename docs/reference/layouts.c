@@ -1,6 +1,8 @@
 /* Every public record once, for the debug information that the pictures of their layouts come from. */
 #include <korv/datacnv.h>
 #include <korv/korv.h>
+#include <korv/mask.h>
+#include <korv/provider.h>
 
 BlockHeader blockHeader;
 FieldDefI fieldDefI;
@@ -24,3 +26,18 @@ OdbcDate odbcDate;
 OdbcTimestamp odbcTimestamp;
 ValueRecord valueRecord;
 CnvOptions cnvOptions;
+
+KorvMaskSettings korvMaskSettings;
+KorvMaskColumn korvMaskColumn;
+KorvMaskProvider korvMaskProvider;
+KorvMaskStrings korvMaskStrings;
+KorvMaskFailures korvMaskFailures;
+KorvMaskStatistics korvMaskStatistics;
+KorvMaskResult korvMaskResult;
+KorvMaskToken korvMaskToken;
+KorvMaskRecord korvMaskRecord;
+
+PrvCall prvCall;
+PrvOperand prvOperand;
+PrvErrorText prvErrorText;
+PrvEntry prvEntry;

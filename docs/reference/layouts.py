@@ -1,9 +1,10 @@
 """Pictures and tables of the public records' layouts, read from compiled debug information.
 
-Usage: layouts.py OBJECT TARGET-FOLDER
+Usage: layouts.py OBJECT-OF-32-BITS OBJECT-OF-64-BITS TARGET-FOLDER
 
-The object is layouts.c, compiled with debug information. For each record there are written NAME.svg,
-and in layouts.dox the pages that show them; layouts.json holds the same for the manual pages.
+The objects are layouts.c, compiled with debug information. The pictures of a record are NAME-32.svg and
+NAME-64.svg, and layouts.dox holds the pages that show them. layouts.json holds the same data for the
+manual pages.
 """
 import html
 import json
@@ -23,7 +24,8 @@ def type_name(die) -> str:
         case "DW_TAG_pointer_type":
             return type_name(kind) + "*"
         case "DW_TAG_const_type":
-            return "const " + type_name(kind)
+            name = type_name(kind)
+            return f"{name} const" if name.endswith("*") else f"const {name}"
         case "DW_TAG_array_type":
             counts = [child.attributes["DW_AT_upper_bound"].value + 1
                       for child in kind.iter_children()]
@@ -32,6 +34,8 @@ def type_name(die) -> str:
             return name if not name.startswith("Error") else f"struct {name}"
         case "DW_TAG_union_type":
             return "union"
+        case "DW_TAG_subroutine_type":
+            return "function"
         case _:
             return name
 
@@ -66,7 +70,7 @@ def records(path: str) -> dict[str, dict]:
 
 
 def with_gaps(record: dict) -> list[tuple[int, int, str, str]]:
-    """The members and, between them, what only fills up."""
+    """The members with the padding between them."""
     rows, at = [], 0
     for member in record["members"] + [(record["size"], 0, "", "")]:
         if member[0] > at:
@@ -77,21 +81,21 @@ def with_gaps(record: dict) -> list[tuple[int, int, str, str]]:
     return rows
 
 
-def picture(name: str, record: dict) -> str:
+def picture(name: str, record: dict, bits: str) -> str:
     rows = with_gaps(record)
     unit, width = 22, 520
     height = unit * (len(rows) + 1) + 10
     lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" '
              f'viewBox="0 0 {width} {height}" font-family="DejaVu Sans Mono, monospace" '
              'font-size="12">',
-             f"<title>{name}: {record['size']} bytes</title>",
+             f"<title>{name}: {record['size']} bytes, {bits} bits</title>",
              f'<rect width="{width}" height="{height}" fill="#fff"/>',
              '<g fill="#567"><text x="8" y="17">offset</text><text x="72" y="17">size</text>'
-             f'<text x="136" y="17">{name}, {record["size"]} bytes</text></g>']
+             f'<text x="136" y="17">{name}, {record["size"]} bytes, {bits} bits</text></g>']
     for i, (offset, size, kind, member) in enumerate(rows):
         y = unit * (i + 1) + 4
         fill = "#e9eef3" if kind else "#fafafa"
-        label = f"{kind} {member}" if kind else "(fills up)"
+        label = f"{kind} {member}" if kind else "(padding)"
         lines.append(
             f'<rect x="128" y="{y}" width="{width - 136}" height="{unit}" fill="{fill}" '
             'stroke="#789"/>'
@@ -102,17 +106,22 @@ def picture(name: str, record: dict) -> str:
 
 
 def main() -> None:
-    target = pathlib.Path(sys.argv[2])
+    target = pathlib.Path(sys.argv[3])
     target.mkdir(parents=True, exist_ok=True)
-    found = records(sys.argv[1])
-    pages = []
-    for name, record in found.items():
-        (target / f"{name}.svg").write_text(picture(name, record), encoding="utf-8")
-        pages.append(f"/** @struct {name}\n * @image html {name}.svg\n */\n")
-    (target / "layouts.dox").write_text("\n".join(pages), encoding="utf-8")
-    (target / "layouts.json").write_text(
-        json.dumps({name: {"size": record["size"], "rows": with_gaps(record)}
-                    for name, record in found.items()}), encoding="utf-8")
+    found = {"32": records(sys.argv[1]), "64": records(sys.argv[2])}
+    pages = {}
+    layouts: dict[str, dict] = {}
+    for bits, of_bits in found.items():
+        for name, record in of_bits.items():
+            (target / f"{name}-{bits}.svg").write_text(picture(name, record, bits),
+                                                       encoding="utf-8")
+            pages[name] = pages.get(name, "") + f" * @image html {name}-{bits}.svg\n"
+            layouts.setdefault(name, {})[bits] = {"size": record["size"],
+                                                  "rows": with_gaps(record)}
+    (target / "layouts.dox").write_text(
+        "\n".join(f"/** @struct {name}\n{images} */\n" for name, images in pages.items()),
+        encoding="utf-8")
+    (target / "layouts.json").write_text(json.dumps(layouts), encoding="utf-8")
 
 
 if __name__ == "__main__":

@@ -16,6 +16,8 @@ import xml.etree.ElementTree as Xml
 from roff import Roff, escaped, inline
 
 XML, LAYOUTS, VERSION, TARGET = sys.argv[1:]
+# The enumerations of the values that functions return.
+STATUSES = ("KorvStatus", "CnvStatus", "KorvProcessingClass", "KorvMaskStatus")
 RECORDS = json.loads(pathlib.Path(LAYOUTS).read_text(encoding="utf-8"))
 
 
@@ -61,33 +63,40 @@ def function_page(function: Xml.Element, header: str, statuses: dict[str, int]) 
     page.results(function, statuses)
     threads = [note for note in function.iter("simplesect") if note.get("kind") == "note"]
     page.section("THREADS")
+    owned = "handles" if header == "korv/mask.h" else "records and buffers"
     page.line(inline(threads[0]) if threads else
-              "May run in any number of threads at once on distinct records and buffers.")
+              f"May run in any number of threads at once on distinct {owned}.")
     page.examples(function)
     page.section("SEE ALSO")
     page.line(".BR korv_conventions (7)")
     return page.text()
 
 
+def pointer(member: Xml.Element) -> str:
+    """The declaration of a pointer to a function."""
+    text = type_text(member).replace("(*", " (*") + member.findtext("name")
+    return text + member.findtext("argsstring") + ";"
+
+
 def record_page(record: Xml.Element) -> str:
     name = record.findtext("compoundname")
-    layout = RECORDS[name]
     page = opened(name, 3, summary(record, name))
     page.section("SYNOPSIS")
     page.verbatim(f"#include <korv/{record.find('includes').text}>")
     page.section("DESCRIPTION")
     page.paragraphs(record.find("briefdescription"))
     page.paragraphs(record.find("detaileddescription"))
-    page.paragraph(f"It has {layout['size']} bytes:")
-    members = {member.findtext("name"): inline(member.find("briefdescription"))
-               for member in record.iter("memberdef")}
-    rows = [f"{offset:>6} {size:>4}  {kind} {member}" if member else f"{offset:>6} {size:>4}  -"
-            for offset, size, kind, member in layout["rows"]]
-    page.verbatim("offset size  member\n" + "\n".join(rows))
+    members = {member.findtext("name"): member for member in record.iter("memberdef")}
+    for bits, layout in RECORDS[name].items():
+        page.paragraph(f"It has {layout['size']} bytes in the {bits}\\-bit build:")
+        rows = [f"{offset:>6} {size:>4}  {kind} {member}" if member else f"{offset:>6} {size:>4}  -"
+                for offset, size, kind, member in layout["rows"]]
+        page.verbatim("offset size  member\n" + "\n".join(rows))
     page.section("MEMBERS")
-    for _, _, _, member in layout["rows"]:
-        if member:
-            page.item(f"\\fI{escaped(member)}\\fR", members[member])
+    for member in (members[member] for _, _, _, member in RECORDS[name]["32"]["rows"] if member):
+        page.item(f"\\fI{escaped(member.findtext('name'))}\\fR", described(member))
+        if member.findtext("argsstring").startswith(")("):
+            page.callback(member, pointer(member))
     page.section("SEE ALSO")
     page.line(".BR korv_conventions (7)")
     return page.text()
@@ -207,7 +216,7 @@ def main() -> None:
                  if member.get("kind") == "function"]
     statuses = {value.findtext("name"): int(value.findtext("initializer").lstrip("= "))
                 for file in files for enum in file.iter("memberdef")
-                if enum.findtext("name") in ("KorvStatus", "CnvStatus", "KorvProcessingClass")
+                if enum.findtext("name") in STATUSES
                 for value in enum.iter("enumvalue")}
     faults = check(functions, statuses)
     if faults or not functions:

@@ -100,6 +100,15 @@ class Roff:
             for para in part.findall("para"):
                 self.line(inline(para)[:1].upper() + inline(para)[1:] + ".")
 
+    def callback(self, node: Xml.Element, declaration: str) -> None:
+        """What the item says further of a pointer to a function."""
+        self.lines.append(".RS")
+        self.verbatim(declaration)
+        self.parameters("", node, "param", {})
+        for part in (part for part in node.iter("simplesect") if part.get("kind") == "return"):
+            self.paragraph(f"Returns {' '.join(inline(para) for para in part.findall('para'))}.")
+        self.lines.append(".RE")
+
     def examples(self, node: Xml.Element) -> None:
         codes = list(node.iter("programlisting"))
         if codes:

@@ -39,7 +39,7 @@ def predefined() -> frozenset[str]:
 
 def build_tests(programs: list[Program], build: Path, jobs: int) -> None:
     subprocess.run(["cmake", "--preset", "release", "-B", build, "-DKORV_BUILD_TESTS=ON",
-                    "-DKORV_BUILD_EXAMPLES=OFF"], cwd=ROOT, check=True, stdout=2)  # fmt: skip
+                    "-DKORV_BUILD_MASK=OFF"], cwd=ROOT, check=True, stdout=2)  # fmt: skip
     names = [program.name for program in programs]
     subprocess.run(["cmake", "--build", build, "-j", str(jobs), "--target", *names],
                    check=True, stdout=2)  # fmt: skip
