@@ -130,6 +130,7 @@ void ValueWindow::reset(uint32_t place) {
 bool ValueWindow::isIntact(uint32_t place) const {
     const char* const guard = targets_[place] + capacityFor(texts_[place]);
     uint64_t differences = 0;
+#pragma GCC unroll 8
     for (size_t i = 0; i < kGuard; i += sizeof(uint64_t)) {
         uint64_t word;
         std::memcpy(&word, guard + i, sizeof word);

@@ -54,11 +54,13 @@ size_t validUtf8Length(const char* bytes, size_t length) {
     const auto* p = reinterpret_cast<const unsigned char*>(bytes);
     size_t i = 0;
     while (i < length) {
-        uint64_t word;
-        for (; i + 8 <= length; i += 8) {
-            std::memcpy(&word, bytes + i, 8);
-            if ((word & kHighBits) != 0) break;
+        // Most text is ASCII.
+        uint64_t words[4];
+        for (; i + sizeof words <= length; i += sizeof words) {
+            std::memcpy(words, bytes + i, sizeof words);
+            if (((words[0] | words[1] | words[2] | words[3]) & kHighBits) != 0) break;
         }
+        while (i < length && p[i] < 0x80) ++i;
         if (i == length) break;
         const size_t n = characterLength(p + i, length - i);
         if (n == 0) return i;

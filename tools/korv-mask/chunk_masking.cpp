@@ -143,13 +143,18 @@ void ChunkMasking::addRow(const RowParser& parser, bool isValid) {
 void ChunkMasking::addText(Special& special, const CsvField& field) {
     const size_t index = special.offsets.size() - 1;
     const size_t begin = special.bytes.size();
-    appendUnquoted(field, special.bytes);
-    const std::string_view text(special.bytes.data() + begin, special.bytes.size() - begin);
-    const bool null = text.empty() || std::find(table_.nullTexts.begin(), table_.nullTexts.end(),
-                                                text) != table_.nullTexts.end();
+    if (field.quoted) {
+        appendUnquoted(field, special.bytes);
+    } else {
+        special.bytes.append(field.raw, field.length);
+    }
+    bool null = special.bytes.size() == begin;
+    for (const std::string& nullText : table_.nullTexts) {
+        null |= std::string_view(special.bytes).substr(begin) == nullText;
+    }
     if (null) special.bytes.resize(begin);
     if (index % 8 == 0) special.validity.push_back(0);
-    if (!null) special.validity.back() |= static_cast<uint8_t>(1u << index % 8);
+    special.validity.back() |= static_cast<uint8_t>((null ? 0u : 1u) << index % 8);
     special.offsets.push_back(static_cast<int32_t>(special.bytes.size()));
 }
 
