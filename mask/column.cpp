@@ -106,12 +106,12 @@ const KorvMaskResult& Column::mask(uint64_t firstRow, const KorvMaskStrings& sou
     place_.row = firstRow;
     batch_.clear();
     states_.clear();
-    states_.reserve(source.count);
+    states_.reserve(static_cast<size_t>(source.count));
     if (description_.action == KORV_MASK_KEEP) {
         keepAll(Strings(source));
         result_.strings = source;
     } else {
-        builder_.start(source.count, source.offsetBits);
+        builder_.start(static_cast<size_t>(source.count), source.offsetBits);
         if (description_.action == KORV_MASK_PROVIDER) {
             maskAll(Strings(source), related);
         } else {

@@ -2,6 +2,7 @@
 #include "engine.h"
 
 #include <new>
+#include <stdexcept>
 #include <utility>
 
 #include "mask_error.h"
@@ -178,6 +179,8 @@ int32_t Engine::maskBatch(uint32_t index, uint64_t firstRow, const KorvMaskStrin
     } catch (const TooLarge&) {
         return report(KORV_MASK_TOO_LARGE, "the result is too large for 32-bit offsets");
     } catch (const std::bad_alloc&) {
+        return report(KORV_MASK_NO_MEMORY, "out of memory");
+    } catch (const std::length_error&) {
         return report(KORV_MASK_NO_MEMORY, "out of memory");
     } catch (const std::exception& error) {
         return report(KORV_MASK_BAD_PROVIDER, error.what());

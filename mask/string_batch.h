@@ -59,7 +59,10 @@ inline bool Strings::isReadable(int64_t longest, bool& tooLong) const {
     if (before < 0) return false;
     for (uint64_t i = 1; i <= strings_.count; ++i) {
         const int64_t next = offset(i);
-        if (next < before) return false;
+        if (next < before) {
+            tooLong = false;
+            return false;
+        }
         tooLong |= next - before > longest;
         before = next;
     }
@@ -70,7 +73,7 @@ inline bool Strings::isReadable(int64_t longest, bool& tooLong) const {
 class StringsBuilder {
   public:
     // Starts anew, for `count` values with offsets of `bits` bits.
-    void start(uint64_t count, uint32_t bits) {
+    void start(size_t count, uint32_t bits) {
         bits_ = bits;
         count_ = 0;
         used_ = 0;
@@ -112,7 +115,7 @@ class StringsBuilder {
     }
 
     uint32_t bits_ = 32;
-    uint64_t count_ = 0;
+    size_t count_ = 0;
     size_t used_ = 0;
     bool hasNull_ = false;
     std::vector<char> bytes_;

@@ -18,7 +18,9 @@ static void closeRule(void* state) {
     (void)state;
 }
 
-__attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void) {
+__attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void);
+
+const PrvEntry* KorvProviderEntry(void) {
     static const PrvEntry entry = {PRV_INTERFACE_VERSION, "EMPTY", 0, 0, 0, 0, openRule, maskValue,
                                    closeRule, 0, 0, 0, 0, 0};
     return &entry;

@@ -190,7 +190,11 @@ TEST_F(BatchArgumentsTest, AResultThatOffsetsCannotAddressIsTooLarge) {
     for (size_t i = 0; i <= kCount; ++i) offsets[i] = static_cast<int32_t>(i);
     const KorvMaskStrings strings = {kCount, 0, 32, offsets.data(), bytes.data(), nullptr};
     const KorvMaskResult* result = untouched();
-    EXPECT_EQ(KORV_MASK_TOO_LARGE, KorvMaskBatch(mask.handle, 0, 1, &strings, nullptr, &result));
+    const int32_t status = KorvMaskBatch(mask.handle, 0, 1, &strings, nullptr, &result);
+    // A 32-bit process may run out of addresses before the offsets do.
+    if (sizeof(void*) == 8 || status != KORV_MASK_NO_MEMORY) {
+        EXPECT_EQ(KORV_MASK_TOO_LARGE, status);
+    }
     EXPECT_EQ(untouched(), result);
 }
 

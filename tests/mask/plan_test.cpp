@@ -210,12 +210,12 @@ TEST_F(PlanTest, UnlistedColumnsAreOneFault) {
 TEST_F(PlanTest, TheRuleThatAMessageSuggestsMeansTheColumn) {
     for (const char* name : {"", "A=B", "@x", "@2", "A*", "?", "\"a\"", "a\\b", "#a", " a", "a ",
                              "a\tb", "a\nb", "ID", "\xEF\xBB\xBFx", "First Name"}) {
-        const Names names = {"ID", name, "x"};
+        const Names names = {"ID", name, "x", "Ab"};
         const std::string message = plan("@1 = KEEP", names);
         const size_t first = message.find(", such as ") + 10;
         const std::string rule = message.substr(first, message.find(", or keep") - first);
         // Not in the first line, where a byte order mark is no part of the name.
-        EXPECT_EQ("0 2 0", plan('\n' + rule, names, kKeepUnlisted)) << rule;
+        EXPECT_EQ("0 2 0 0", plan('\n' + rule, names, kKeepUnlisted)) << rule;
     }
     const std::string longName(100, 'x');
     EXPECT_NE(plan("@1 = KEEP", {"ID", longName}).find("such as @2 = KEEP"), std::string::npos);
@@ -274,6 +274,7 @@ TEST_F(PlanTest, AnOperandFindsItsColumn) {
     EXPECT_EQ(2u, mask::findColumn({"x\"", "\"", "a\"b"}, "\"a\"b\""));
     EXPECT_EQ(0u, mask::findColumn({"@1", "@2"}, "@1"));
     EXPECT_EQ(0u, mask::findColumn({}, "@1"));
+    EXPECT_EQ(1u, mask::findColumn({""}, "\""));
 }
 
 }  // namespace

@@ -44,8 +44,8 @@ Pipeline::~Pipeline() {
 }
 
 void Pipeline::run(OutputFile& output, Report& report, Progress& progress) {
-    uint64_t read = 0;
-    uint64_t written = 0;
+    size_t read = 0;
+    size_t written = 0;
     bool isEnded = false;
     std::exception_ptr fault;  // of reading, raised after what was read before
     for (;;) {
