@@ -28,8 +28,8 @@ class SecretsTest(CommandTest):
         return run, texts
 
     def assert_hidden(self, values, texts, masked=()):
-        """None of the values is in the texts. Masked values, which --diff shows, may be what another
-        row has in clear."""
+        """None of the values is in the texts. Masked values, which --diff shows, may be what
+        another row has in clear."""
         masked = set(masked)
         for name, text in texts.items():
             for value in values:

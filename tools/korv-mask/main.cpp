@@ -50,8 +50,7 @@ Page pageOf(const Input& input, const Table& table, const ErrorTexts& texts,
         const auto found = texts.find(table.plan[i].module);
         if (found != texts.end()) column.errorTexts = found->second;
         for (const DifferenceRow& row : samples) {
-            column.samples.push_back(
-                {shapeOf(row.before[i]), row.after[i] ? shapeOf(*row.after[i]) : "(left out)"});
+            column.samples.push_back({row.before[i], row.after[i]});
         }
     }
     return page;
@@ -69,7 +68,7 @@ std::string warnings(const Options& options, const Input& input, const Summary& 
     std::string text;
     for (const ColumnSummary& column : summary.columns) {
         if (column.formulas == 0) continue;
-        text += "korv-mask: column " + column.name + ": " + std::to_string(column.formulas) +
+        text += "korv-mask: column " + printable(column.name) + ": " + std::to_string(column.formulas) +
                 " masked values begin with =, +, - or @ where the clear values did not; a "
                 "spreadsheet may take them for formulas\n";
     }

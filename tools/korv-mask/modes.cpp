@@ -13,6 +13,7 @@
 #include "korv/provider.h"
 #include "pipeline.h"
 #include "process.h"
+#include "shape.h"
 #include "suggestion.h"
 #include "tool_error.h"
 
@@ -28,14 +29,6 @@ void print(const std::string& text) {
         return;
     }
     throw ToolError(std::string("korv-mask: standard output: ") + std::strerror(errno));
-}
-
-// A name for a person's terminal, whatever the header holds.
-std::string printable(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < ' ' || c == 0x7F) c = '?';
-    }
-    return text;
 }
 
 std::string operandText(const PrvOperand& operand, bool isShort) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "csv_field.h"
+#include "shape.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -17,7 +18,7 @@ constexpr uint64_t kSamples = 5;
 std::string placeOf(const std::string& input, uint64_t line, uint64_t row,
                     const std::string& column) {
     return input + ":" + std::to_string(line) + ": row " + std::to_string(row) + ", column " +
-           column + ": ";
+           printable(column) + ": ";
 }
 
 }  // namespace
