@@ -1,5 +1,6 @@
 // AGE: dates moved by years, months and days. Years and months come first, with the day cut to the
 // length of the new month; days are counted through day numbers.
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 
@@ -61,11 +62,11 @@ class Age {
     template <typename Char>
     void mask(Text<Char>& text) const {
         const std::basic_string_view<Char> source(text.source, static_cast<size_t>(text.length));
-        DateText read = {};
-        const DateFormat& format = findFormat(source, read);
+        DateText found = {};
+        const DateFormat& format = findFormat(source, found);
         if (!format.hasFixedLength()) text.requireRoom(source.size() + DateFormat::kMostGrowth);
-        const OdbcDate aged = age(read.date);
-        const Char* const end = format.write(aged, read, source, text.data);
+        const OdbcDate aged = age(found.date);
+        const Char* const end = format.write(aged, found, source, text.data);
         text.length = static_cast<int32_t>(end - text.data);
         text.data[text.length] = 0;
     }
@@ -81,12 +82,12 @@ class Age {
   private:
     // The first format in which the text is a date that exists.
     template <typename Char>
-    const DateFormat& findFormat(std::basic_string_view<Char> text, DateText& read) const {
+    const DateFormat& findFormat(std::basic_string_view<Char> text, DateText& found) const {
         const DateFormat* noSuchDate = nullptr;
         int32_t farthest = 0;
         for (const DateFormat& format : formats_) {
-            const int32_t misfit = format.read(text, read);
-            if (misfit == 0 && provider::exists(read.date)) return format;
+            const int32_t misfit = format.read(text, found);
+            if (misfit == 0 && provider::exists(found.date)) return format;
             if (misfit == 0 && noSuchDate == nullptr) noSuchDate = &format;
             farthest = std::max(farthest, misfit);
         }

@@ -55,7 +55,7 @@ std::vector<DateElement> elementsOf(std::wstring_view format, std::span<const Na
             elements.push_back(part->element);
             format.remove_prefix(part->name.size());
         } else {
-            const auto character = static_cast<wchar_t>(upper(format.front()));
+            const auto character = static_cast<wchar_t>(upperCase(format.front()));
             elements.push_back({DateElement::literal, 1, character});
             format.remove_prefix(1);
         }
@@ -63,7 +63,7 @@ std::vector<DateElement> elementsOf(std::wstring_view format, std::span<const Na
     return elements;
 }
 
-// Whether a format has all of YYYY, MM and DD once. It may then contain any other characters.
+// Whether a format has YYYY, MM and DD once each. It may then contain any other characters.
 bool hasTwoDigitParts(std::wstring_view format) {
     return std::all_of(
         std::begin(kTwoDigitParts), std::end(kTwoDigitParts), [format](const auto& part) {
@@ -72,8 +72,8 @@ bool hasTwoDigitParts(std::wstring_view format) {
         });
 }
 
-// Whether there are one year, month and day, no other letters, and no digits after a part of one or
-// two digits.
+// Whether there is one year, one month and one day, no other ASCII letter, and no digit right after
+// a part of one or two digits.
 bool isUnambiguous(const std::vector<DateElement>& elements) {
     int counts[DateElement::day + 1] = {};
     bool digitMayFollow = true;
@@ -117,7 +117,7 @@ bool DateFormat::hasOneSpelling() const {
 }
 
 template <typename Char>
-int32_t DateFormat::read(std::basic_string_view<Char> text, DateText& read) const {
+int32_t DateFormat::read(std::basic_string_view<Char> text, DateText& found) const {
     DateReader<Char> reader(text);
     int32_t year = 0;
     int32_t month = 0;
@@ -134,26 +134,26 @@ int32_t DateFormat::read(std::basic_string_view<Char> text, DateText& read) cons
                 break;
             case DateElement::month:
                 fits = reader.readNumber(element.width, month);
-                read.monthLength = static_cast<int32_t>(reader.position() - first);
+                found.monthLength = static_cast<int32_t>(reader.position() - first);
                 break;
             case DateElement::monthName:
-                fits = reader.readMonth(element.width, month, read.letterCase);
-                read.monthLength = static_cast<int32_t>(reader.position() - first);
+                fits = reader.readMonth(element.width, month, found.letterCase);
+                found.monthLength = static_cast<int32_t>(reader.position() - first);
                 break;
             case DateElement::day:
                 fits = reader.readNumber(element.width, day);
-                read.dayLength = static_cast<int32_t>(reader.position() - first);
+                found.dayLength = static_cast<int32_t>(reader.position() - first);
                 break;
         }
         if (!fits) return static_cast<int32_t>(reader.position()) + 1;
     }
-    read.date = {static_cast<int16_t>(year), static_cast<uint16_t>(month),
-                 static_cast<uint16_t>(day)};
+    found.date = {static_cast<int16_t>(year), static_cast<uint16_t>(month),
+                  static_cast<uint16_t>(day)};
     return reader.skipTime() ? 0 : static_cast<int32_t>(reader.position()) + 1;
 }
 
 template <typename Char>
-Char* DateFormat::write(const OdbcDate& date, const DateText& read,
+Char* DateFormat::write(const OdbcDate& date, const DateText& found,
                         std::basic_string_view<Char> text, Char* target) const {
     const Char* source = text.data();
     for (const DateElement& element : elements_) {
@@ -167,15 +167,15 @@ Char* DateFormat::write(const OdbcDate& date, const DateText& read,
                 break;
             case DateElement::month:
                 target = writeNumber(date.month, element.width, target);
-                source += read.monthLength;
+                source += found.monthLength;
                 break;
             case DateElement::monthName:
-                target = writeName(monthName(date.month, element.width), read.letterCase, target);
-                source += read.monthLength;
+                target = writeName(monthName(date.month, element.width), found.letterCase, target);
+                source += found.monthLength;
                 break;
             case DateElement::day:
                 target = writeNumber(date.day, element.width, target);
-                source += read.dayLength;
+                source += found.dayLength;
                 break;
         }
     }

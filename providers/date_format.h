@@ -31,7 +31,7 @@ struct DateElement {
     wchar_t character;  // of a literal, in upper case
 };
 
-// A date as it was read from a text.
+// A date as it was found in a text.
 struct DateText {
     OdbcDate date;
     int32_t monthLength;    // characters of the month
@@ -41,21 +41,22 @@ struct DateText {
 
 class DateFormat {
   public:
-    // Nothing for a text that is not a date format, or that could be read in several ways.
+    // Parses a format. Returns nothing for a text that is not a date format or in which the ends of
+    // the parts would not be certain.
     static std::optional<DateFormat> parse(std::wstring_view text);
 
     const std::wstring& text() const { return text_; }
 
     // Reads a text of this format. Returns 0, or the position (from 1) of the first character that
-    // does not fit. A date that was read need not exist.
+    // does not fit. The date that was found need not exist.
     template <typename Char>
-    int32_t read(std::basic_string_view<Char> text, DateText& read) const;
+    int32_t read(std::basic_string_view<Char> text, DateText& found) const;
 
-    // Writes a date of the years 1 to 9999 in the form of the one that was read from `text`, and
-    // then the rest of `text`. `target` has room for kMostGrowth characters more than `text`.
-    // Returns the end of what was written.
+    // Writes a date of the years 1 to 9999 in the form of the one that was found in `text`, and
+    // then the rest of `text`. `target` must have room for kMostGrowth characters more than `text`
+    // has. Returns the end of what was written.
     template <typename Char>
-    Char* write(const OdbcDate& date, const DateText& read, std::basic_string_view<Char> text,
+    Char* write(const OdbcDate& date, const DateText& found, std::basic_string_view<Char> text,
                 Char* target) const;
     static constexpr int32_t kMostGrowth = 7;  // 9 May becomes 10 September
 
@@ -72,14 +73,15 @@ class DateFormat {
     std::vector<DateElement> elements_;
 };
 
-// Formats between `|`, to be tried in order. Empty when one of them is not a date format.
+// Parses formats that are separated by `|` and are to be tried in order. The result is empty when
+// one of them is not a date format.
 std::vector<DateFormat> parseDateFormats(std::wstring_view text);
 
 // Whether a date of the years 1 to 9999 exists.
 bool exists(const OdbcDate& date);
 
-// The formats to try for a column of unknown dates. Of two formats that fit the same text, the one
-// that is more likely comes first.
+// Formats to try for a column of unknown dates. Of two formats that fit the same text, the more
+// likely one comes first.
 inline constexpr std::string_view kCommonDateFormats[] = {
     "YYYY-MM-DD",    "YYYY/MM/DD",   "YYYY.MM.DD",  "YYYYMMDD",      "DD.MM.YYYY",
     "D.M.YYYY",      "MM/DD/YYYY",   "M/D/YYYY",    "DD/MM/YYYY",    "D/M/YYYY",

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "providers/date_format.h"
-#include "providers/provider_support.h"
+#include "providers/value_text.h"
 
 namespace provider {
 
@@ -21,12 +21,12 @@ inline std::string_view monthName(int32_t month, uint8_t width) {
     return width == 0 ? name : name.substr(0, width);
 }
 
-inline wint_t upper(wchar_t c) {
+inline wint_t upperCase(wchar_t c) {
     const auto code = static_cast<wint_t>(c);
     return code < 0x80 ? static_cast<wint_t>(upperAscii(c)) : std::towupper(code);
 }
-// A byte of a longer character is no character of its own.
-inline wint_t upper(char c) {
+// A byte above 127 is a part of a character. WEOF differs from each character of a format.
+inline wint_t upperCase(char c) {
     return static_cast<unsigned char>(c) < 0x80 ? static_cast<wint_t>(upperAscii(c)) : WEOF;
 }
 
@@ -39,9 +39,9 @@ class DateReader {
 
     size_t position() const { return at_; }
 
-    // Skips a character that is given in upper case, in either case.
+    // Skips a character, which is given in upper case, in either case.
     bool skip(wchar_t c) {
-        if (at_ == text_.size() || upper(text_[at_]) != static_cast<wint_t>(c)) return false;
+        if (at_ == text_.size() || upperCase(text_[at_]) != static_cast<wint_t>(c)) return false;
         ++at_;
         return true;
     }

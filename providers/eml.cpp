@@ -75,7 +75,7 @@ class Eml {
             throw Error(kShortUser,
                         {{KORV_TOKID_USERPRFX_LEN, prefix_}, {KORV_TOKID_SRCLEN, user}});
         }
-        // Before the user part is masked, so that the same address in any case gives the same.
+        // This comes first, so that an address has the same result in any case.
         if (case_ == Case::lower) provider::lower(text);
         if (case_ == Case::upper) provider::upper(text);
         for (int32_t i = prefix_; i < user; ++i) {
@@ -85,7 +85,7 @@ class Eml {
         if (domain_) text.replaceFrom(user + 1, domain_->of(text));
     }
 
-    // With a domain of its own the result may become longer than a value may be.
+    // Another domain may make the result longer than a value may be.
     uint32_t promises() const {
         return domain_ ? 0 : PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT;
     }

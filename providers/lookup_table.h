@@ -1,12 +1,13 @@
 // The lines `value = replacement` of a lookup file, found by value without regard to case.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 
-#include "providers/provider_support.h"
+#include "providers/value_text.h"
 
 namespace provider {
 

@@ -1,6 +1,7 @@
 // Values, operands and errors on the provider's side of a request.
 #include "providers/provider_support.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace provider {

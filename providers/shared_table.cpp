@@ -3,7 +3,6 @@
 
 #include <cerrno>
 
-#include "providers/provider_support.h"
 #include "providers/text_lines.h"
 #include "text/utf8_text.h"
 

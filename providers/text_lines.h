@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "providers/provider_support.h"
+#include "providers/provider_error.h"
 
 namespace provider {
 
