@@ -79,7 +79,7 @@ int32_t ValueWindow::add(const Value& value) {
     const size_t before = used_;
     char* const source = allocate((value.text.size() + 1) * unitOf(value.wide));
     if (!value.wide) {
-        std::memcpy(source, value.text.data(), value.text.size());
+        std::copy(value.text.begin(), value.text.end(), source);
         source[value.text.size()] = '\0';
     } else {
         const auto length = static_cast<uint32_t>(value.text.size());

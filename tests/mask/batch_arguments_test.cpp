@@ -181,6 +181,9 @@ TEST_F(BatchArgumentsTest, AValueAbove1GiBIsTooLarge) {
 
 // 32-bit offsets end at 2 GiB.
 TEST_F(BatchArgumentsTest, AResultThatOffsetsCannotAddressIsTooLarge) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer's heap ends the process where this one says that it is full";
+#endif
     constexpr size_t kCount = 1 << 20;
     Mask mask("A = CONST, value=" + std::string(2048, 'x'));
     ASSERT_EQ(KORV_MASK_SUCCESS, mask.opened) << mask.text();

@@ -52,9 +52,20 @@ std::size_t liveBlocks() {
 
 }  // namespace cxx_heap
 
-// The forms for arrays and for sizes end in these ones; the library's nothrow forms do so as well.
+// The forms for arrays and for sizes end in these ones.
 void* operator new(std::size_t size) {
     return allocateOrThrow(size, 0);
+}
+// The run-time library's nothrow form ends in the one above, but the sanitizers have their own.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return allocateOrThrow(size, 0);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    release(block);
 }
 void* operator new(std::size_t size, std::align_val_t alignment) {
     return allocateOrThrow(size, static_cast<std::size_t>(alignment));

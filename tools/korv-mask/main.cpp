@@ -159,6 +159,7 @@ int run(const Options& options) {
 }  // namespace tool
 
 int main(int argc, char** argv) {
+    const tool::SignalStack signalStack;
     try {
         tool::prepareProcess();
         tool::Options options;

@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -93,12 +92,15 @@ void watchSignals() {
     }
 }
 
-void prepareSignalStack() {
-    thread_local std::array<char, 16384> memory;
+SignalStack::SignalStack() {
     stack_t stack = {};
-    stack.ss_sp = memory.data();
-    stack.ss_size = memory.size();
-    ::sigaltstack(&stack, nullptr);
+    stack.ss_sp = memory_.data();
+    stack.ss_size = memory_.size();
+    ::sigaltstack(&stack, &before_);
+}
+
+SignalStack::~SignalStack() {
+    ::sigaltstack(&before_, nullptr);
 }
 
 std::string resolved(const std::string& path) {

@@ -1,8 +1,10 @@
 // A file that appears under its name only when it is complete, or standard output.
 #pragma once
 
+#include <signal.h>
 #include <sys/stat.h>
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -42,7 +44,19 @@ std::string resolved(const std::string& path);
 void removeTemporaries() noexcept;
 // Has the temporary files removed when a signal ends the program.
 void watchSignals();
-// A signal that a crash of the thread's stack raises needs another stack. Call it in every thread.
-void prepareSignalStack();
+
+// A signal that a crash of the thread's stack raises needs another stack. Every thread has an object
+// of this class, as long as it runs.
+class SignalStack {
+  public:
+    SignalStack();
+    ~SignalStack();
+    SignalStack(const SignalStack&) = delete;
+    SignalStack& operator=(const SignalStack&) = delete;
+
+  private:
+    std::array<char, 16384> memory_;
+    stack_t before_ = {};
+};
 
 }  // namespace tool

@@ -89,7 +89,7 @@ void Pipeline::await(Slot& slot) {
 
 // A worker has a handle of its own, which it opens, uses and closes in its own thread.
 void Pipeline::work(const std::stop_token& stop) {
-    prepareSignalStack();
+    const SignalStack signalStack;
     std::optional<ChunkMasking> masking;
     std::exception_ptr fault;
     try {

@@ -61,7 +61,6 @@ void prepareProcess() {
     if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) {
         throw ToolError(std::string("korv-mask: locale C.UTF-8: ") + std::strerror(errno));
     }
-    prepareSignalStack();
     watchSignals();
 }
 
