@@ -193,7 +193,7 @@ void Column::enqueue(const Waiting& waiting) {
     waiting_.push_back(waiting);
 }
 
-void Column::enqueue(const Value& value) {
+inline void Column::enqueue(const Value& value) {
     int32_t status = window_->add(value);
     if (status == ValueWindow::kFull) {
         flush();
@@ -235,7 +235,7 @@ void Column::callBatch(bool wide) {
     }
 }
 
-int32_t Column::callMask(uint32_t place) {
+inline int32_t Column::callMask(uint32_t place) {
     const bool wide = window_->valueAt(place).wide;
     PrvCall call = request_->call(wide);
     call.value = window_->valueRecord(place);
@@ -248,7 +248,7 @@ int32_t Column::callMask(uint32_t place) {
     }
 }
 
-void Column::finish(const Waiting& waiting) {
+inline void Column::finish(const Waiting& waiting) {
     switch (waiting.kind) {
         case Waiting::kNull:
         case Waiting::kEmpty:
@@ -270,7 +270,7 @@ void Column::finish(const Waiting& waiting) {
     }
 }
 
-void Column::finishValue(uint32_t place) {
+inline void Column::finishValue(uint32_t place) {
     const Value& value = window_->valueAt(place);
     if (hasBatches_ && !window_->isIntact(place)) throw Overrun();
     if (!batchDone_[value.wide] || window_->status(place) != 0) {
@@ -318,7 +318,7 @@ bool Column::repeats(uint32_t place, std::string_view first, bool firstIsNull) {
            secondIsNull == firstIsNull && second == firstResult_;
 }
 
-void Column::accept(std::string_view value, std::string_view result) {
+inline void Column::accept(std::string_view value, std::string_view result) {
     ++batch_->masked;
     if (result == value) ++batch_->unchanged;
     if (beginsFormula(result) && !beginsFormula(value)) ++batch_->formulas;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "korv/mask.h"
+#include "text/copy_text.h"
 
 namespace mask {
 
@@ -84,10 +85,10 @@ class StringsBuilder {
         putOffset();
     }
     // Throws TooLarge, std::bad_alloc.
-    void append(std::string_view text) {
-        if (text.size() > bytes_.size() - used_) grow(text.size());
-        std::copy(text.begin(), text.end(), bytes_.data() + used_);
-        used_ += text.size();
+    void append(std::string_view value) {
+        if (value.size() > bytes_.size() - used_) grow(value.size());
+        text::copyText(bytes_.data() + used_, value.data(), value.size());
+        used_ += value.size();
         ++count_;
         putOffset();
     }

@@ -1,6 +1,7 @@
 // Validation of UTF-8, and its conversion through the companion library.
 #include "text/utf8_text.h"
 
+#include <bit>
 #include <cstring>
 #include <vector>
 
@@ -9,26 +10,8 @@ namespace text {
 const CnvOptions kUtf8Options = {{}, kUtf8CodePage, 0};
 
 namespace {
-constexpr uint64_t kOnes = 0x0101010101010101u;
-constexpr uint64_t kHighBits = 0x80 * kOnes;
-}  // namespace
 
-bool isPlainAscii(const char* bytes, size_t length) {
-    uint64_t found = 0;
-    size_t i = 0;
-    for (; i + 8 <= length; i += 8) {
-        uint64_t word;
-        std::memcpy(&word, bytes + i, 8);
-        // A zero byte borrows into its high bit; so may a 1 above it, which then is no false alarm.
-        found |= word | (word - kOnes);
-    }
-    for (; i < length; ++i) {
-        if (bytes[i] <= 0) found |= kHighBits;
-    }
-    return (found & kHighBits) == 0;
-}
-
-namespace {
+constexpr uint64_t kHighBits = 0x8080808080808080u;
 
 // The bytes of the well-formed character at `p`, or 0.
 size_t characterLength(const unsigned char* p, size_t left) {
@@ -53,20 +36,22 @@ size_t characterLength(const unsigned char* p, size_t left) {
 size_t validUtf8Length(const char* bytes, size_t length) {
     const auto* p = reinterpret_cast<const unsigned char*>(bytes);
     size_t i = 0;
-    while (i < length) {
+    for (;;) {
         // Most text is ASCII.
-        uint64_t words[4];
-        for (; i + sizeof words <= length; i += sizeof words) {
-            std::memcpy(words, bytes + i, sizeof words);
-            if (((words[0] | words[1] | words[2] | words[3]) & kHighBits) != 0) break;
+        for (; i + 8 <= length; i += 8) {
+            uint64_t word;
+            std::memcpy(&word, bytes + i, sizeof word);
+            const uint64_t others = word & kHighBits;
+            if (others == 0) continue;
+            i += static_cast<size_t>(std::countr_zero(others)) / 8;
+            break;
         }
         while (i < length && p[i] < 0x80) ++i;
-        if (i == length) break;
+        if (i == length) return length;
         const size_t n = characterLength(p + i, length - i);
         if (n == 0) return i;
         i += n;
     }
-    return length;
 }
 
 std::wstring toWide(std::string_view utf8) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,7 +19,26 @@ extern const CnvOptions kUtf8Options;
 size_t validUtf8Length(const char* bytes, size_t length);
 
 // Whether all bytes are ASCII characters other than zero.
-bool isPlainAscii(const char* bytes, size_t length);
+inline bool isPlainAscii(const char* bytes, size_t length) {
+    constexpr uint64_t kOnes = 0x0101010101010101u;
+    // A zero byte borrows into its high bit; so may a 1 above it, which then is no false alarm.
+    const auto suspects = [](uint64_t word) { return word | (word - kOnes); };
+    const auto load = [bytes](size_t at) {
+        uint64_t word;
+        std::memcpy(&word, bytes + at, sizeof word);
+        return word;
+    };
+    uint64_t found = 0;
+    if (length >= 8) {
+        for (size_t i = 0; i + 8 < length; i += 8) found |= suspects(load(i));
+        found |= suspects(load(length - 8));
+    } else {
+        uint64_t word = 0x20 * kOnes;
+        for (size_t i = 0; i < length; ++i) word = word << 8 | static_cast<unsigned char>(bytes[i]);
+        found = suspects(word);
+    }
+    return (found & 0x80 * kOnes) == 0;
+}
 
 class ConversionError : public std::runtime_error {
   public:
