@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "csv_field.h"
+#include "row_counter.h"
 #include "text/utf8_text.h"
 #include "tool_error.h"
 
@@ -37,8 +38,7 @@ std::string_view textOf(const KorvMaskStrings& strings, size_t index) {
 }  // namespace
 
 void ChunkOutcome::clear() {
-    std::string memory = std::move(text);
-    memory.clear();
+    TextBuffer memory = std::move(text);
     *this = {};
     text = std::move(memory);
 }
@@ -70,15 +70,17 @@ void ChunkMasking::run(const Chunk& chunk, uint64_t skipped, ChunkOutcome& outco
     outcome.clear();
     rows_.clear();
     fields_.clear();
+    firstRow_ = chunk.begin;
+    rowCount_ = 0;
     trailing_ = 0;
     for (Special& special : specials_) {
-        special.bytes.clear();
+        special.bytes.start(special.isRead ? static_cast<size_t>(chunk.end - chunk.begin) : 0);
         special.offsets.assign(1, 0);
         special.validity.clear();
         special.result = nullptr;
     }
     parse(chunk, skipped, outcome);
-    outcome.rowsIn = rows_.size();
+    outcome.rowsIn = rowCount_;
     for (uint32_t i = 0; i < table_.plan.size(); ++i) {
         ColumnSummary& summary = outcome.columns.emplace_back();
         summary.number = i + 1;
@@ -91,14 +93,18 @@ void ChunkMasking::run(const Chunk& chunk, uint64_t skipped, ChunkOutcome& outco
 void ChunkMasking::parse(const Chunk& chunk, uint64_t skipped, ChunkOutcome& outcome) {
     const size_t columns = table_.names.size();
     const auto bytes = static_cast<size_t>(chunk.end - chunk.begin);
-    const bool isValid = text::validUtf8Length(chunk.begin, bytes) == bytes;
+    const bool isValid = keepsAll_ || text::validUtf8Length(chunk.begin, bytes) == bytes;
     RowParser parser(chunk, table_.dialect);
     try {
+        for (; skipped > 0; --skipped) parser.next();
+        firstRow_ = parser.position();
+        if (keepsAll_) {
+            const RowCount counted =
+                countRows(firstRow_, chunk.end, table_.dialect.delimiter, columns);
+            rowCount_ = counted.rows;
+            parser.skip(counted.end, counted.lineFeeds);
+        }
         while (parser.next()) {
-            if (skipped > 0) {
-                --skipped;
-                continue;
-            }
             if (parser.isBlank() && columns > 1 && chunk.last &&
                 parser.rowEnd() + parser.lineEnd().size() == chunk.end) {
                 trailing_ = parser.lineEnd().size();
@@ -111,6 +117,7 @@ void ChunkMasking::parse(const Chunk& chunk, uint64_t skipped, ChunkOutcome& out
                                         " where the header has " + std::to_string(columns));
             }
             addRow(parser, isValid);
+            ++rowCount_;
         }
     } catch (MalformedRow& malformed) {
         outcome.malformed = std::move(malformed);
@@ -119,7 +126,7 @@ void ChunkMasking::parse(const Chunk& chunk, uint64_t skipped, ChunkOutcome& out
 }
 
 void ChunkMasking::addRow(const RowParser& parser, bool isValid) {
-    const std::vector<CsvField>& fields = parser.fields();
+    const std::span<const CsvField> fields = parser.fields();
     // What ends the run is found before anything of the row is taken.
     if (!isValid) {
         for (const Special& special : specials_) {
@@ -150,7 +157,7 @@ void ChunkMasking::addText(Special& special, const CsvField& field) {
     }
     bool null = special.bytes.size() == begin;
     for (const std::string& nullText : table_.nullTexts) {
-        null |= std::string_view(special.bytes).substr(begin) == nullText;
+        null |= special.bytes.view().substr(begin) == nullText;
     }
     if (null) special.bytes.resize(begin);
     if (index % 8 == 0) special.validity.push_back(0);
@@ -169,9 +176,9 @@ bool ChunkMasking::maskColumns(ChunkOutcome& outcome) {
         if (plan.related != KORV_MASK_NO_COLUMN) {
             related = specials_[specialOf_[plan.related]].strings();
         }
-        const int32_t status = KorvMaskBatch(mask_.get(), special.index, 0, &source,
-                                             related.offsets == nullptr ? nullptr : &related,
-                                             &special.result);
+        const int32_t status =
+            KorvMaskBatch(mask_.get(), special.index, 0, &source,
+                          related.offsets == nullptr ? nullptr : &related, &special.result);
         if (status == KORV_MASK_SUCCESS || status == KORV_MASK_VALUES_FAILED) {
             outcome.columns[special.index].add(special.result->statistics);
             const KorvMaskStrings& masked = special.result->strings;
@@ -204,12 +211,11 @@ void ChunkMasking::takeRecords(ChunkOutcome& outcome) {
 
 void ChunkMasking::write(const Chunk& chunk, ChunkOutcome& outcome) {
     if (keepsAll_) {
-        const char* const begin = rows_.empty() ? chunk.end - trailing_ : rows_.front().begin;
-        outcome.output = {begin, static_cast<size_t>(chunk.end - begin)};
-        outcome.rowsOut = rows_.size();
+        outcome.output = {firstRow_, static_cast<size_t>(chunk.end - firstRow_)};
+        outcome.rowsOut = rowCount_;
         return;
     }
-    outcome.text.reserve(static_cast<size_t>(chunk.end - chunk.begin) * 5 / 4);
+    outcome.text.start(longestOutput(chunk));
     for (size_t row = 0; row < rows_.size(); ++row) {
         if (writeRow(row, outcome.text)) {
             ++outcome.rowsOut;
@@ -218,12 +224,24 @@ void ChunkMasking::write(const Chunk& chunk, ChunkOutcome& outcome) {
         }
     }
     outcome.text.append(chunk.end - trailing_, trailing_);
-    outcome.output = outcome.text;
+    outcome.output = outcome.text.view();
+}
+
+size_t ChunkMasking::longestOutput(const Chunk& chunk) const {
+    auto length = static_cast<size_t>(chunk.end - chunk.begin);
+    for (const Special& special : specials_) {
+        if (special.result == nullptr) continue;
+        length += longestFields(allText(special.result->strings).size(), rows_.size());
+        if (special.result->strings.validity != nullptr) {
+            length += longestFields(table_.nullText().size(), 1) * rows_.size();
+        }
+    }
+    return length + 2 * rows_.size();  // a sole empty field is written as ""
 }
 
 // Stretches between special columns are copied with their delimiters. False for a row that is left
 // out.
-bool ChunkMasking::writeRow(size_t row, std::string& text) const {
+bool ChunkMasking::writeRow(size_t row, TextBuffer& text) const {
     for (const Special& special : specials_) {
         if (special.result != nullptr && special.result->states[row] == KORV_MASK_VALUE_DROP_ROW) {
             return false;
@@ -241,7 +259,7 @@ bool ChunkMasking::writeRow(size_t row, std::string& text) const {
             if (end != at.end) {
                 ++from;  // with the delimiter after it
             } else if (text.size() > begin) {
-                text.pop_back();  // with the one before it
+                text.resize(text.size() - 1);  // with the one before it
             }
         } else if (special.result != nullptr) {
             text.append(from, static_cast<size_t>(field->raw - from));
@@ -253,13 +271,13 @@ bool ChunkMasking::writeRow(size_t row, std::string& text) const {
     text.append(from, static_cast<size_t>(at.end - from));
     // An empty line would be no row, or one without a field.
     const bool wasBlank = at.begin == at.end && table_.plan.size() == 1;
-    if (isSole_ && text.size() == begin && !wasBlank) text += "\"\"";
+    if (isSole_ && text.size() == begin && !wasBlank) text.append("\"\"", 2);
     text.append(at.end, at.lineEnd);
     return true;
 }
 
 void ChunkMasking::writeField(const Special& special, const Field& field, size_t row,
-                              std::string& text) const {
+                              TextBuffer& text) const {
     const KorvMaskResult& result = *special.result;
     if (result.states[row] == KORV_MASK_VALUE_NULL) {
         text.append(field.raw, field.length);
@@ -272,7 +290,7 @@ void ChunkMasking::writeField(const Special& special, const Field& field, size_t
         if (quote || special.mayNeedQuotes) {
             appendField(text, masked, quote, table_.dialect.delimiter);
         } else {
-            text += masked;
+            text.append(masked);
         }
     }
 }

@@ -13,6 +13,7 @@
 #include "masker.h"
 #include "row_parser.h"
 #include "summary.h"
+#include "text_buffer.h"
 
 namespace tool {
 
@@ -41,7 +42,7 @@ struct ChunkError {
 
 struct ChunkOutcome {
     std::string_view output;  // lies in `text`, or in the chunk
-    std::string text;
+    TextBuffer text;
     uint64_t rowsIn = 0;
     uint64_t rowsOut = 0;
     uint64_t lines = 0;
@@ -58,8 +59,8 @@ class ChunkMasking {
   public:
     ChunkMasking(const Table& table, MaskHandle mask);
 
-    // `skipped` rows at the chunk's beginning, such as the header, are passed over. Throws ToolError
-    // and std::bad_alloc.
+    // `skipped` rows at the chunk's beginning, such as the header, are passed over. Throws
+    // ToolError and std::bad_alloc.
     void run(const Chunk& chunk, uint64_t skipped, ChunkOutcome& outcome);
 
   private:
@@ -80,7 +81,7 @@ class ChunkMasking {
         uint32_t index;
         bool isDropped;
         bool isRead;  // its texts are collected
-        std::string bytes;
+        TextBuffer bytes;
         std::vector<int32_t> offsets;
         std::vector<uint8_t> validity;
         const KorvMaskResult* result;
@@ -95,9 +96,9 @@ class ChunkMasking {
     bool maskColumns(ChunkOutcome& outcome);
     void takeRecords(ChunkOutcome& outcome);
     void write(const Chunk& chunk, ChunkOutcome& outcome);
-    bool writeRow(size_t row, std::string& text) const;
-    void writeField(const Special& special, const Field& field, size_t row,
-                    std::string& text) const;
+    size_t longestOutput(const Chunk& chunk) const;
+    bool writeRow(size_t row, TextBuffer& text) const;
+    void writeField(const Special& special, const Field& field, size_t row, TextBuffer& text) const;
 
     const Table& table_;
     MaskHandle mask_;
@@ -105,7 +106,9 @@ class ChunkMasking {
     std::vector<size_t> specialOf_;  // by column, SIZE_MAX when it has none
     bool keepsAll_;
     bool isSole_;  // the output has one column
-    std::vector<Row> rows_;
+    const char* firstRow_ = nullptr;
+    uint64_t rowCount_ = 0;
+    std::vector<Row> rows_;      // not those that were only counted
     std::vector<Field> fields_;  // of each row, one for each special column
     size_t trailing_ = 0;        // bytes of a blank line at the end of the input
     std::string work_;

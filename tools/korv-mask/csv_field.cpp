@@ -21,20 +21,4 @@ bool needsQuotes(std::string_view text, char delimiter) {
     return false;
 }
 
-void appendField(std::string& target, std::string_view text, bool quote, char delimiter) {
-    if (!quote && !needsQuotes(text, delimiter)) {
-        target += text;
-        return;
-    }
-    target += '"';
-    for (;;) {
-        const size_t at = text.find('"');
-        target += text.substr(0, at);
-        if (at == std::string_view::npos) break;
-        target += "\"\"";
-        text.remove_prefix(at + 1);
-    }
-    target += '"';
-}
-
 }  // namespace tool

@@ -21,7 +21,7 @@ RowParser::RowParser(const Chunk& chunk, const Dialect& dialect)
       next_(chunk.begin) {}
 
 bool RowParser::next() {
-    fields_.clear();
+    count_ = 0;
     line_ = lines_;
     rowBegin_ = rowEnd_ = next_;
     if (rowBegin_ == end_) {
@@ -29,8 +29,9 @@ bool RowParser::next() {
         return false;
     }
     for (const char* begin = rowBegin_;;) {
-        CsvField& field = fields_.emplace_back();
-        field.raw = begin;
+        if (count_ == fields_.size()) fields_.resize(count_ * 2 + 16);
+        CsvField& field = fields_[count_++];
+        field = {begin, 0, false, false};
         const char* at = special_.next();
         if (at == begin && at != end_ && *at == '"') at = parseQuoted(field);
         field.length = static_cast<uint32_t>(at - begin);
@@ -75,6 +76,12 @@ const char* RowParser::parseQuoted(CsvField& field) {
         if (after == end_ || *after != '"') return after;
         field.doubled = true;
     }
+}
+
+void RowParser::skip(const char* to, uint64_t lineFeeds) {
+    special_ = SpecialCharacters(to, end_, delimiter_);
+    next_ = to;
+    lines_ += lineFeeds;
 }
 
 bool RowParser::finish(const char* rowEnd, size_t lineEndLength) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,8 +36,13 @@ class RowParser {
     // with LF or CRLF; the last one may end with the input.
     bool next();
 
+    // Goes on at `to`, the beginning of a row, with this many line feeds between.
+    void skip(const char* to, uint64_t lineFeeds);
+    // Where the next row begins.
+    const char* position() const { return next_; }
+
     // The fields of the row, until the next call of next().
-    const std::vector<CsvField>& fields() const { return fields_; }
+    std::span<const CsvField> fields() const { return {fields_.data(), count_}; }
     // "\n", "\r\n", or "" at the end of the input.
     std::string_view lineEnd() const { return {rowEnd_, static_cast<size_t>(next_ - rowEnd_)}; }
     const char* rowBegin() const { return rowBegin_; }
@@ -66,7 +72,8 @@ class RowParser {
     const char* next_;  // the row after this one
     uint64_t line_ = 0;
     uint64_t lines_ = 0;
-    std::vector<CsvField> fields_;
+    std::vector<CsvField> fields_;  // the first count_ are those of the row
+    size_t count_ = 0;
 };
 
 }  // namespace tool

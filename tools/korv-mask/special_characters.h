@@ -106,17 +106,22 @@ class SpecialCharacters {
 
     // The next special character, or the end of the range.
     const char* next() {
-        while (mask_ == 0) {
-            if (static_cast<size_t>(end_ - block_) <= kBlockSize) return end_;
-            block_ += kBlockSize;
-            mask_ = maskOfBlock();
-        }
+        if (mask_ == 0 && !advance()) return end_;
         const char* const found = block_ + std::countr_zero(mask_);
         mask_ &= mask_ - 1;
         return found;
     }
 
   private:
+    // Moves to the next block that has a special character; false when there is none.
+    bool advance() {
+        while (mask_ == 0) {
+            if (static_cast<size_t>(end_ - block_) <= kBlockSize) return false;
+            block_ += kBlockSize;
+            mask_ = maskOfBlock();
+        }
+        return true;
+    }
     uint64_t maskOfBlock() const {
         if (block_ == end_) return 0;
         return Block(block_).special(delimiter_) & firstInBlock(static_cast<size_t>(end_ - block_));
