@@ -48,8 +48,7 @@ class Ccn {
     };
 
     explicit Ccn(const provider::Operands& operands)
-        : key_(operands.number(kKey, 0)),
-          shift_(static_cast<int16_t>(operands.number(kShift, 3))),
+        : digits_(operands.number(kKey, 0), static_cast<int16_t>(operands.number(kShift, 3))),
           prefix_(operands.number(kPrefix, 6)),
           strict_(operands.has(kStrict)) {}
 
@@ -79,7 +78,7 @@ class Ccn {
         if (strict_ && digits[last] != checkDigit(digits, last)) {
             throw Error(kBadCheckDigit, {{KORV_TOKID_CHAR_POS, text.length}});
         }
-        provider::maskDigits(digits + prefix_, last - prefix_, key_, shift_);
+        digits_.mask(digits + prefix_, last - prefix_);
         digits[last] = checkDigit(digits, last);
 
         const Char* digit = digits;
@@ -95,8 +94,7 @@ class Ccn {
     }
 
   private:
-    int32_t key_;
-    int16_t shift_;
+    provider::DigitMasking digits_;
     int32_t prefix_;
     bool strict_;
 };

@@ -65,7 +65,10 @@ class Eml {
           prefix_(operands.number(kPrefix, 0)),
           case_(caseOf(operands)) {
         if (operands.has(kDomain)) domain_.emplace(domainOf(operands));
-        for (int32_t i = 0; i < kKnownSteps; ++i) steps_.emplace_back(key_, i);
+        for (int32_t i = 0; i < kKnownSteps; ++i) {
+            const Step step(key_, i);
+            for (int32_t c = 0; c < 128; ++c) ascii_[i][c] = other(static_cast<char>(c), step);
+        }
     }
 
     template <typename Char>
@@ -79,8 +82,9 @@ class Eml {
         if (case_ == Case::lower) provider::lower(text);
         if (case_ == Case::upper) provider::upper(text);
         for (int32_t i = prefix_; i < user; ++i) {
-            const Step step = i < kKnownSteps ? steps_[static_cast<size_t>(i)] : Step(key_, i);
-            text.data[i] = other(text.data[i], step);
+            const auto c = static_cast<uint32_t>(text.data[i]);
+            text.data[i] = i < kKnownSteps && c < 128 ? static_cast<Char>(ascii_[i][c])
+                                                      : other(text.data[i], Step(key_, i));
         }
         if (domain_) text.replaceFrom(user + 1, domain_->of(text));
     }
@@ -141,7 +145,7 @@ class Eml {
     int32_t prefix_;
     Case case_;
     std::optional<Replacement> domain_;
-    std::vector<Step> steps_;  // of the first positions
+    char ascii_[kKnownSteps][128];  // what the characters of the first positions become
 };
 
 }  // namespace

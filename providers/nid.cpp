@@ -39,7 +39,7 @@ class Nid {
     };
 
     explicit Nid(const provider::Operands& operands)
-        : key_(operands.number(kKey, 0)), shift_(static_cast<int16_t>(operands.number(kShift, 3))) {
+        : digits_(operands.number(kKey, 0), static_cast<int16_t>(operands.number(kShift, 3))) {
         if (!operands.has(kCountry)) return;
         const std::wstring name = operands.wide(kCountry);
         for (const Country& country : kCountries) {
@@ -64,7 +64,7 @@ class Nid {
             if (p == run) {
                 ++p;
             } else {
-                provider::maskDigits(run, static_cast<int32_t>(p - run), key_, shift_);
+                digits_.mask(run, static_cast<int32_t>(p - run));
             }
         }
     }
@@ -75,8 +75,7 @@ class Nid {
     }
 
   private:
-    int32_t key_;
-    int16_t shift_;
+    provider::DigitMasking digits_;
     const Country* country_ = nullptr;
 };
 

@@ -42,17 +42,15 @@ uint32_t mix(uint32_t key, uint32_t position) {
     return static_cast<uint32_t>((x ^ (x >> 31)) >> 1) & 0x7FFFFFFF;
 }
 
-void requireFittingValue(size_t length, int32_t capacity, size_t unit) {
+void failUnfitting(size_t length, int32_t capacity, size_t unit) {
     const auto count = static_cast<int32_t>(std::min<size_t>(length, INT32_MAX));
     if (count > kLongestValue) {
         throw Error(kValueTooLong,
                     {{KORV_TOKID_SRCLEN, count}, {KORV_TOKID_EXPSRCLEN, kLongestValue}});
     }
     const auto bytes = static_cast<int32_t>((length + 1) * unit);
-    if (bytes > capacity) {
-        throw Error(kValueTooLong,
-                    {{KORV_TOKID_BUF_EXPECTED_LEN, bytes}, {KORV_TOKID_BUFFER_SIZE, capacity}});
-    }
+    throw Error(kValueTooLong,
+                {{KORV_TOKID_BUF_EXPECTED_LEN, bytes}, {KORV_TOKID_BUFFER_SIZE, capacity}});
 }
 
 int32_t capture(const PrvCall& call, const Error& error) {

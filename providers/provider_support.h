@@ -41,7 +41,7 @@ bool isWord(const std::wstring& text, const wchar_t* word);
 uint32_t mix(uint32_t key, uint32_t position);
 
 // Throws Error for a value that is longer than kLongestValue characters or than its target.
-void requireFittingValue(size_t length, int32_t capacity, size_t unit);
+[[noreturn]] void failUnfitting(size_t length, int32_t capacity, size_t unit);
 
 // Copies the call's value to its target and describes it in `text`. False for a NULL or empty
 // value, for which the result is complete. Throws Error.
@@ -56,7 +56,10 @@ bool takeValue(const PrvCall& call, Text<Char>& text) {
         call.result->nullIndicator = 1;
         return false;
     }
-    requireFittingValue(length, value.capacity, sizeof(Char));
+    if (length > kLongestValue ||
+        static_cast<int32_t>((length + 1) * sizeof(Char)) > value.capacity) {
+        failUnfitting(length, value.capacity, sizeof(Char));
+    }
     text = {static_cast<Char*>(value.target), static_cast<int32_t>(length),
             static_cast<int32_t>(value.capacity / sizeof(Char)) - 1, source};
     Traits::copy(text.data, source, length + 1);
