@@ -16,8 +16,7 @@ constexpr uint32_t kPromises = PRV_PROMISE_ONE_TO_ONE | PRV_PROMISE_LENGTH_KEPT 
                                PRV_PROMISE_FORMAT_KEPT | PRV_PROMISE_REVERSIBLE;
 
 bool beginsFormula(std::string_view text) {
-    return !text.empty() &&
-           (text[0] == '=' || text[0] == '+' || text[0] == '-' || text[0] == '@');
+    return !text.empty() && (text[0] == '=' || text[0] == '+' || text[0] == '-' || text[0] == '@');
 }
 
 bool isText(std::string_view text) {
@@ -26,8 +25,7 @@ bool isText(std::string_view text) {
            text::validUtf8Length(text.data(), text.size()) == text.size();
 }
 
-int32_t actionOf(const Rule* rule, const Request* request) {
-    if (request != nullptr) return KORV_MASK_PROVIDER;
+int32_t actionOf(const Rule* rule) {
     if (rule == nullptr || rule->action == "KEEP") return KORV_MASK_KEEP;
     if (rule->action == "DROP") return KORV_MASK_DROP;
     return rule->action == "NULL" ? KORV_MASK_NULL : KORV_MASK_CONST;
@@ -64,32 +62,47 @@ void Column::Counts::add(const Counts& batch) {
     for (const KorvMaskFailures& f : batch.failures_) countFailures(f.code, f.count);
 }
 
-Column::Column(uint32_t index, std::string name, const Rule* rule,
-               std::unique_ptr<Request> request, uint32_t related)
-    : rule_(rule),
-      request_(std::move(request)),
-      name_(std::move(name)),
-      actionName_(rule == nullptr ? "KEEP" : rule->action) {
+Column::Column(uint32_t index, std::string name, const Rule* rule)
+    : rule_(rule), name_(std::move(name)), actionName_(rule == nullptr ? "KEEP" : rule->action) {
     description_.name = name_.c_str();
     description_.actionName = actionName_.c_str();
-    description_.action = actionOf(rule_, request_.get());
+    description_.action = actionOf(rule_);
     description_.rulesLine = rule_ == nullptr ? 0 : rule_->line;
     description_.rulePattern = rule_ == nullptr ? nullptr : rule_->column.c_str();
-    description_.related = related;
+    description_.related = KORV_MASK_NO_COLUMN;
     description_.onError = nameOf(rule_ == nullptr ? OnError::empty : rule_->onError);
-    if (request_ != nullptr) {
-        const ProviderModule& module = request_->module();
-        description_.module = module.path.c_str();
-        for (const std::string& file : request_->files()) files_.push_back(file.c_str());
-        description_.files = files_.data();
-        description_.fileCount = static_cast<uint32_t>(files_.size());
-        hasBatches_ = module.isVersion2() && module.entry->maskBatch != nullptr;
-        if (module.isVersion2() && module.entry->promises != nullptr) {
-            description_.promises = module.entry->promises(request_->state()) & kPromises;
-        }
-    }
+    description_.scope = choice_.scope.c_str();
+    description_.mapping = mapping_.c_str();
     place_.column = index;
     place_.rulesLine = description_.rulesLine;
+}
+
+Column::Column(uint32_t index, std::string name, const Rule& rule, std::unique_ptr<Request> request,
+               MethodChoice choice, std::string mapping, uint32_t related, bool unmask)
+    : Column(index, std::move(name), &rule) {
+    request_ = std::move(request);
+    choice_ = std::move(choice);
+    mapping_ = std::move(mapping);
+    const ProviderModule& module = request_->module();
+    description_.action = KORV_MASK_PROVIDER;
+    description_.related = related;
+    description_.module = module.path.c_str();
+    for (const std::string& file : request_->files()) files_.push_back(file.c_str());
+    description_.files = files_.data();
+    description_.fileCount = static_cast<uint32_t>(files_.size());
+    if (module.isVersion2() && module.entry->promises != nullptr) {
+        description_.promises = module.entry->promises(request_->state()) & kPromises;
+    }
+    if (choice_.method != nullptr) description_.method = choice_.method->name;
+    description_.isDisguise = choice_.isDisguise() ? 1 : 0;
+    if (choice_.isKeyed()) {
+        description_.secret = choice_.secret.c_str();
+        description_.fingerprint = choice_.fingerprint.c_str();
+    }
+    description_.scope = choice_.scope.c_str();
+    description_.mapping = mapping_.c_str();
+    maskValue_ = unmask ? module.entry->unmask : module.entry->mask;
+    hasBatches_ = !unmask && module.isVersion2() && module.entry->maskBatch != nullptr;
 }
 
 std::string Column::overrunMessage() const {
@@ -98,8 +111,8 @@ std::string Column::overrunMessage() const {
 }
 
 const KorvMaskResult& Column::mask(uint64_t firstRow, const KorvMaskStrings& source,
-                                   const KorvMaskStrings* related, bool verify,
-                                   ValueWindow& window, Records& records) {
+                                   const KorvMaskStrings* related, bool verify, ValueWindow& window,
+                                   Records& records) {
     window_ = &window;
     records_ = &records;
     verify_ = verify;
@@ -242,7 +255,7 @@ inline int32_t Column::callMask(uint32_t place) {
     call.result = window_->resultRecord(place);
     if (description_.related != KORV_MASK_NO_COLUMN) call.related = window_->relatedRecord(place);
     try {
-        return request_->module().entry->mask(request_->state(), &call);
+        return maskValue_(request_->state(), &call);
     } catch (...) {
         return KORV_FAILURE;
     }
@@ -256,13 +269,14 @@ inline void Column::finish(const Waiting& waiting) {
             break;
         case Waiting::kBadSource:
             ++batch_->values;
-            fail(KORV_MASK_CODE_BAD_SOURCE, "the value, or the related one, is not UTF-8 text or holds a zero byte");
+            fail(KORV_MASK_CODE_BAD_SOURCE,
+                 "the value, or the related one, is not UTF-8 text or holds a zero byte");
             break;
         case Waiting::kNoRequest:
             ++batch_->values;
-            fail(KORV_MASK_CODE_REQUEST,
-                 "the value cannot be converted for " + request_->module().name + ", status " +
-                     std::to_string(waiting.status));
+            fail(KORV_MASK_CODE_REQUEST, "the value cannot be converted for " +
+                                             request_->module().name + ", status " +
+                                             std::to_string(waiting.status));
             break;
         case Waiting::kValue:
             finishValue(waiting.place);

@@ -21,10 +21,11 @@ class Aborted : public std::exception {};
 
 class Column {
   public:
-    // `rule` is nullptr for a column that is kept because it is not listed. `request` is the
-    // provider's, if there is one.
-    Column(uint32_t index, std::string name, const Rule* rule, std::unique_ptr<Request> request,
-           uint32_t related);
+    // A column without a provider. `rule` is nullptr when it is kept because it is not listed.
+    Column(uint32_t index, std::string name, const Rule* rule);
+    // With `unmask` its provider goes backwards.
+    Column(uint32_t index, std::string name, const Rule& rule, std::unique_ptr<Request> request,
+           MethodChoice choice, std::string mapping, uint32_t related, bool unmask);
 
     const KorvMaskColumn& description() const { return description_; }
     const KorvMaskStatistics& statistics() const { return total_.published(); }
@@ -79,6 +80,9 @@ class Column {
 
     const Rule* rule_;
     std::unique_ptr<Request> request_;
+    MethodChoice choice_;
+    std::string mapping_;
+    int32_t (*maskValue_)(void* state, const PrvCall* call) = nullptr;
     std::string name_;
     std::string actionName_;
     std::vector<const char*> files_;

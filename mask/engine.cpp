@@ -26,6 +26,14 @@ std::vector<std::string> namesOf(const KorvMaskSettings& settings) {
     return names;
 }
 
+void readSecrets(const KorvMaskSettings& settings, secrets::Secrets& secrets) {
+    for (uint32_t i = 0; i < settings.secretCount; ++i) {
+        const KorvMaskSecret& secret = settings.secrets[i];
+        secrets.add(secret.name, {secret.bytes, secret.length});
+    }
+    if (settings.secretsFile != nullptr) secrets.read(settings.secretsFile);
+}
+
 bool hasProvider(const Rule& rule) {
     return rule.action != "KEEP" && rule.action != "DROP" && rule.action != "NULL" &&
            rule.action != "CONST";
@@ -94,12 +102,14 @@ void Engine::openRules(const KorvMaskSettings& settings) {
     } else if (settings.rulesFile != nullptr) {
         rules_ = readRules(settings.rulesFile);
     }
+    secrets::Secrets secrets;
+    readSecrets(settings, secrets);
     if (settings.rules != nullptr || settings.rulesFile != nullptr) {
         const std::vector<std::string> names = namesOf(settings);
         Faults faults;
         const auto plan = planColumns(rules_, names, (flags_ & KORV_MASK_KEEP_UNLISTED) != 0,
                                       (flags_ & KORV_MASK_UNNAMED_COLUMNS) != 0, faults);
-        openColumns(names, plan, faults);
+        openColumns(names, plan, secrets, faults);
         faults.raise();
     }
     for (const auto& [name, module] : modules_->loaded()) {
@@ -108,27 +118,37 @@ void Engine::openRules(const KorvMaskSettings& settings) {
 }
 
 void Engine::openColumns(const std::vector<std::string>& names,
-                         const std::vector<const Rule*>& plan, Faults& faults) {
+                         const std::vector<const Rule*>& plan, const secrets::Secrets& secrets,
+                         Faults& faults) {
     const Rule* refused = nullptr;
     for (uint32_t i = 0; i < names.size(); ++i) {
         // A pattern's rule that has been refused once is not tried for every column.
         if (plan[i] != nullptr && plan[i] == refused) continue;
         const Rule* const before = std::exchange(refused, plan[i]);
         faults.collect([&] {
-            columns_.push_back(openColumn(i, names, plan[i]));
+            columns_.push_back(openColumn(i, names, plan[i], secrets));
             refused = before;
         });
     }
 }
 
 std::unique_ptr<Column> Engine::openColumn(uint32_t index, const std::vector<std::string>& names,
-                                           const Rule* rule) {
+                                           const Rule* rule, const secrets::Secrets& secrets) {
+    const bool unmask = (flags_ & KORV_MASK_UNMASK) != 0;
     if (rule == nullptr || !hasProvider(*rule)) {
-        return std::make_unique<Column>(index, names[index], rule, nullptr, KORV_MASK_NO_COLUMN);
+        if (unmask && rule != nullptr && rule->action != "KEEP") {
+            rules_.fail(
+                *rule, rule->actionPosition,
+                rule->action + " cannot be reversed; write KEEP to leave the column as it is");
+        }
+        return std::make_unique<Column>(index, names[index], rule);
     }
     const ProviderModule& module = modules_->load(rules_, *rule);
+    Rule providers = *rule;  // without the engine's operands
+    MethodChoice choice =
+        chooseMethod(rules_, providers, module, secrets, (flags_ & KORV_MASK_STRICT) != 0, keys_);
     uint32_t related = KORV_MASK_NO_COLUMN;
-    if (const RuleOperand* operand = relatedColumn(*rule, *module.entry)) {
+    if (const RuleOperand* operand = relatedColumn(providers, *module.entry)) {
         const size_t found = findColumn(names, operand->value);
         if (found == names.size()) {
             rules_.fail(*rule, operand->position,
@@ -137,10 +157,32 @@ std::unique_ptr<Column> Engine::openColumn(uint32_t index, const std::vector<std
         }
         related = static_cast<uint32_t>(found);
     }
-    auto request = std::make_unique<Request>(
-        rules_, *rule, module, names[index],
-        related == KORV_MASK_NO_COLUMN ? nullptr : &names[related]);
-    return std::make_unique<Column>(index, names[index], rule, std::move(request), related);
+    auto request =
+        std::make_unique<Request>(rules_, providers, module, choice, names[index],
+                                  related == KORV_MASK_NO_COLUMN ? nullptr : &names[related]);
+    std::string mapping = mappingOf(providers, *module.entry, choice);
+    const bool mustBeUnique = choice.mustBeUnique;
+    auto column = std::make_unique<Column>(index, names[index], *rule, std::move(request),
+                                           std::move(choice), std::move(mapping), related, unmask);
+    checkPromises(*rule, module, *column, mustBeUnique);
+    return column;
+}
+
+void Engine::checkPromises(const Rule& rule, const ProviderModule& module, const Column& column,
+                           bool mustBeUnique) const {
+    const uint32_t promises = column.description().promises;
+    if (mustBeUnique && (promises & PRV_PROMISE_ONE_TO_ONE) == 0) {
+        rules_.fail(rule, rule.actionPosition,
+                    "UNIQUE is demanded, and " + module.name +
+                        " does not promise with these operands that different values have "
+                        "different results");
+    }
+    const bool isReversible =
+        (promises & PRV_PROMISE_REVERSIBLE) != 0 && module.entry->unmask != nullptr;
+    if ((flags_ & KORV_MASK_UNMASK) != 0 && !isReversible) {
+        rules_.fail(rule, rule.actionPosition,
+                    module.name + " cannot be reversed with these operands");
+    }
 }
 
 const Column* Engine::column(uint32_t index) const {

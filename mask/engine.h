@@ -55,9 +55,11 @@ class Engine {
   private:
     void openRules(const KorvMaskSettings& settings);
     void openColumns(const std::vector<std::string>& names, const std::vector<const Rule*>& plan,
-                     Faults& faults);
+                     const secrets::Secrets& secrets, Faults& faults);
     std::unique_ptr<Column> openColumn(uint32_t index, const std::vector<std::string>& names,
-                                       const Rule* rule);
+                                       const Rule* rule, const secrets::Secrets& secrets);
+    void checkPromises(const Rule& rule, const ProviderModule& module, const Column& column,
+                       bool mustBeUnique) const;
     int32_t report(const MaskError& error) noexcept;
 
     locale_t locale_ = nullptr;
@@ -65,6 +67,7 @@ class Engine {
     int32_t ended_ = KORV_MASK_SUCCESS;  // the status that every further batch ends with
     Records records_;
     Rules rules_;
+    secrets::SecretPages keys_;  // of the columns' methods
     std::unique_ptr<ProviderModules> modules_;
     std::vector<std::unique_ptr<Column>> columns_;
     ValueWindow window_;  // of the column that is being masked

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "engine.h"
+#include "secrets/secret_text.h"
 
 // The handle is the engine itself.
 struct KorvMask : mask::Engine {};
@@ -23,6 +24,15 @@ bool areComplete(const KorvMaskSettings& settings) {
     if (settings.folderCount > 0 && settings.folders == nullptr) return false;
     for (uint32_t i = 0; i < settings.columnCount && !areUnnamed; ++i) {
         if (settings.columns[i] == nullptr) return false;
+    }
+    if (settings.secretCount > 0 && settings.secrets == nullptr) return false;
+    for (uint32_t i = 0; i < settings.secretCount; ++i) {
+        const KorvMaskSecret& secret = settings.secrets[i];
+        if (secret.name == nullptr || secret.bytes == nullptr ||
+            !secrets::isSecretName(secret.name) || secret.length < secrets::kShortestSecret ||
+            secret.length > secrets::kLongestSecret) {
+            return false;
+        }
     }
     for (uint32_t i = 0; i < settings.folderCount; ++i) {
         if (settings.folders[i] == nullptr) return false;

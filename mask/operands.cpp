@@ -11,13 +11,6 @@ namespace mask {
 
 namespace {
 
-const PrvOperand* describe(const PrvEntry& provider, const std::string& key) {
-    for (uint32_t i = 0; i < provider.operandCount; ++i) {
-        if (key == provider.operands[i].key) return &provider.operands[i];
-    }
-    return nullptr;
-}
-
 // A decimal number of up to nine digits with an optional sign.
 bool parseNumber(const std::string& text, int32_t& number) {
     const bool negative = !text.empty() && text[0] == '-';
@@ -40,10 +33,17 @@ bool isAbsolute(const std::string& path) {
 
 }  // namespace
 
+const PrvOperand* describeOperand(const PrvEntry& provider, std::string_view key) {
+    for (uint32_t i = 0; i < provider.operandCount; ++i) {
+        if (key == provider.operands[i].key) return &provider.operands[i];
+    }
+    return nullptr;
+}
+
 const RuleOperand* relatedColumn(const Rule& rule, const PrvEntry& provider) {
     if (provider.interfaceVersion < 2) return nullptr;
     for (const RuleOperand& operand : rule.operands) {
-        const PrvOperand* description = describe(provider, operand.key);
+        const PrvOperand* description = describeOperand(provider, operand.key);
         if (description != nullptr && (description->flags & PRV_OPERAND_COLUMN) != 0) {
             return &operand;
         }
@@ -54,7 +54,7 @@ const RuleOperand* relatedColumn(const Rule& rule, const PrvEntry& provider) {
 OperandList::OperandList(const Rules& rules, const Rule& rule, const PrvEntry& provider) {
     std::set<std::string> given;
     for (const RuleOperand& operand : rule.operands) {
-        const PrvOperand* description = describe(provider, operand.key);
+        const PrvOperand* description = describeOperand(provider, operand.key);
         if (description == nullptr) {
             rules.fail(rule, operand.position,
                        std::string(provider.name) + " has no operand " + operand.key);
@@ -86,18 +86,22 @@ void OperandList::add(const Rules& rules, const Rule& rule, const RuleOperand& o
     param.oprTextLen = static_cast<uint32_t>((key.size() + 1) * sizeof(wchar_t));
     param.oprText = &keyText;
     param.valueKind = description.kind;
-    if (operand.hasValue != (description.kind != OPR_VALUE_NONE)) {
+    const bool standsAlone =
+        !operand.hasValue && (description.flags & PRV_OPERAND_OPTIONAL_VALUE) != 0;
+    if (standsAlone) param.valueKind = OPR_VALUE_NONE;
+    if (!standsAlone && operand.hasValue != (description.kind != OPR_VALUE_NONE)) {
         rules.fail(
             rule, operand.position,
             "operand " + operand.key + (operand.hasValue ? " takes no value" : " needs a value"));
     }
-    switch (description.kind) {
+    switch (param.valueKind) {
         case OPR_VALUE_INTEGER: {
             int32_t number = 0;
             if (!parseNumber(operand.value, number) || number < description.minimum ||
                 number > description.maximum) {
-                rules.fail(rule, operand.position,
-                           "operand " + operand.key + " must be a number from " + bounds(description));
+                rules.fail(
+                    rule, operand.position,
+                    "operand " + operand.key + " must be a number from " + bounds(description));
             }
             param.value.number = static_cast<uint32_t>(number);
             break;

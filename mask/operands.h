@@ -3,6 +3,7 @@
 
 #include <list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "korv/korv.hpp"
@@ -13,6 +14,9 @@ namespace mask {
 
 // The operand of the rule that names a column of the same row, or nullptr.
 const RuleOperand* relatedColumn(const Rule& rule, const PrvEntry& provider);
+
+// What the provider says of an operand; nullptr when it does not know it.
+const PrvOperand* describeOperand(const PrvEntry& provider, std::string_view key);
 
 class OperandList {
   public:

@@ -110,6 +110,11 @@ std::string operandFault(const PrvOperand& operand) {
     return {};
 }
 
+// What the engine takes out of the rules for providers of version 3.
+bool isReserved(std::string_view key) {
+    return key == "METHOD" || key == "SCOPE" || key == "SECRET" || key == "UNIQUE";
+}
+
 std::string operandsFault(const PrvEntry& entry) {
     if (entry.operandCount > 0 && entry.operands == nullptr) return "operands is NULL";
     std::set<std::string_view> keys;
@@ -118,6 +123,9 @@ std::string operandsFault(const PrvEntry& entry) {
     for (uint32_t i = 0; i < entry.operandCount; ++i) {
         const PrvOperand& operand = entry.operands[i];
         if (std::string fault = operandFault(operand); !fault.empty()) return fault;
+        if (entry.interfaceVersion >= 3 && isReserved(operand.key)) {
+            return std::string("operand ") + operand.key + " is the engine's own";
+        }
         if (!keys.insert(operand.key).second) {
             return std::string("operand ") + operand.key + " is listed twice";
         }
@@ -156,6 +164,23 @@ std::string samplesFault(const PrvEntry& entry) {
     return {};
 }
 
+std::string methodsFault(const PrvEntry& entry) {
+    if (entry.interfaceVersion < 3 || entry.methodCount == 0) return {};
+    if (entry.methods == nullptr) return "methods is NULL";
+    std::set<std::string_view> names;
+    for (uint32_t i = 0; i < entry.methodCount; ++i) {
+        const char* const name = entry.methods[i].name;
+        if (name == nullptr || inCapitals(name) == name || !isName(inCapitals(name).c_str()) ||
+            inLowerCase(name) != name) {
+            return "a method has no name in lower-case letters";
+        }
+        if (!names.insert(name).second) {
+            return std::string("method ") + name + " is listed twice";
+        }
+    }
+    return {};
+}
+
 // What is wrong with a provider's record; an empty text when nothing is.
 std::string entryFault(const PrvEntry* entry, const std::string& name) {
     if (entry == nullptr) return PRV_ENTRY_SYMBOL " returns NULL";
@@ -170,7 +195,7 @@ std::string entryFault(const PrvEntry* entry, const std::string& name) {
     if (entry->open == nullptr || entry->mask == nullptr || entry->close == nullptr) {
         return "one of its functions open, mask and close is NULL";
     }
-    for (const auto check : {operandsFault, errorsFault, samplesFault}) {
+    for (const auto check : {operandsFault, errorsFault, samplesFault, methodsFault}) {
         if (std::string fault = check(*entry); !fault.empty()) return fault;
     }
     return {};
@@ -219,7 +244,8 @@ const ProviderModule& ProviderModules::load(const Rules& rules, const Rule& rule
     const auto known = loaded_.find(name);
     if (known != loaded_.end()) return known->second;
     if (!isName(name)) {
-        rules.fail(rule, rule.actionPosition, "'" + rule.action + "' is not the name of a provider");
+        rules.fail(rule, rule.actionPosition,
+                   "'" + rule.action + "' is not the name of a provider");
     }
     std::string searched;
     for (const std::string& folder : folders_) {
@@ -251,9 +277,8 @@ void ProviderModules::loadAll() {
             paths.push_back(at->path().string());
         }
         if (error) {
-            faults.collect([&] {
-                throw MaskError(KORV_MASK_BAD_PROVIDER, folder + ": " + error.message());
-            });
+            faults.collect(
+                [&] { throw MaskError(KORV_MASK_BAD_PROVIDER, folder + ": " + error.message()); });
         }
         std::sort(paths.begin(), paths.end());
         for (const std::string& path : paths) {

@@ -22,6 +22,7 @@ struct ProviderModule {
     std::unique_ptr<void, CloseModule> handle;
 
     bool isVersion2() const { return entry->interfaceVersion >= 2; }
+    bool isVersion3() const { return entry->interfaceVersion >= 3; }
     // The meaning of an error's first code.
     const char* meaning(uint32_t code) const;
 };

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "mask_error.h"
+#include "secrets/keys.h"
 #include "text/utf8_text.h"
 
 namespace mask {
@@ -63,7 +64,8 @@ std::string nameOf(uint32_t tokenId) {
 }  // namespace
 
 Request::Request(const Rules& rules, const Rule& rule, const ProviderModule& module,
-                 const std::string& columnName, const std::string* relatedName)
+                 const MethodChoice& choice, const std::string& columnName,
+                 const std::string* relatedName)
     : module_(module), operands_(rules, rule, *module.entry), hasRelated_(relatedName != nullptr) {
     renewAnchor();
     service_.svcCode1 = static_cast<uint8_t>(GetProviderID(module.name.c_str()));
@@ -75,7 +77,13 @@ Request::Request(const Rules& rules, const Rule& rule, const ProviderModule& mod
         describeField(kRelated, VARCHAR_SZ, *relatedName);
         fields_[kWide]->link = fields_[kRelated].get();
     }
-    for (const FieldPosition position : {kNarrow, kWide}) convert(position);
+    for (const FieldPosition position : {kNarrow, kWide}) {
+        convert(position);
+        PrvCall& prepared = forms_[position].call;
+        prepared.key = choice.key;
+        prepared.keyLength = choice.key == nullptr ? 0 : secrets::kKeyBytes;
+        prepared.method = choice.method == nullptr ? nullptr : choice.method->name;
+    }
 
     const PrvCall& opening = call(rule.wide);
     if (module_.entry->open(&opening, &state_) == 0 && !hasErrors()) {

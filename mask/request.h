@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "korv/korv.hpp"
+#include "method.h"
 #include "operands.h"
 #include "provider_module.h"
 #include "records.h"
@@ -23,9 +24,10 @@ struct CapturedError {
 
 class Request {
   public:
-    // Opens the provider for the rule. Throws MaskError.
+    // Opens the provider for the rule. The key must outlive the request. Throws MaskError.
     Request(const Rules& rules, const Rule& rule, const ProviderModule& module,
-            const std::string& columnName, const std::string* relatedName);
+            const MethodChoice& choice, const std::string& columnName,
+            const std::string* relatedName);
     ~Request();
     Request(const Request&) = delete;
     Request& operator=(const Request&) = delete;

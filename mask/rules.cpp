@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cwctype>
 #include <memory>
-#include <optional>
 #include <span>
 #include <system_error>
 #include <unordered_map>
@@ -67,16 +66,6 @@ RuleOperand parseOperand(const RuleLine& line, const RuleLine::Element& element)
     return operand;
 }
 
-// Takes an operand of the engine's own out of those of the provider.
-std::optional<RuleOperand> take(Rule& rule, std::string_view key) {
-    const auto found = std::find_if(rule.operands.begin(), rule.operands.end(),
-                                    [&](const RuleOperand& operand) { return operand.key == key; });
-    if (found == rule.operands.end()) return std::nullopt;
-    RuleOperand operand = std::move(*found);
-    rule.operands.erase(found);
-    return operand;
-}
-
 // The index of an operand's value in a list of words.
 size_t choose(const RuleLine& line, const RuleOperand& operand,
               std::span<const char* const> words) {
@@ -91,7 +80,7 @@ size_t choose(const RuleLine& line, const RuleOperand& operand,
 }
 
 void takeConstant(const RuleLine& line, Rule& rule, uint32_t position, const std::string& what) {
-    std::optional<RuleOperand> value = take(rule, "VALUE");
+    std::optional<RuleOperand> value = takeOperand(rule, "VALUE");
     if (!value || !value->hasValue) line.fail(position, what + " needs the operand value=TEXT");
     rule.constant = std::move(value->value);
 }
@@ -100,12 +89,12 @@ void takeConstant(const RuleLine& line, Rule& rule, uint32_t position, const std
 void takeOwnOperands(const RuleLine& line, Rule& rule) {
     static constexpr const char* kTypes[] = {"auto", "wide"};
     static constexpr const char* kUnchanged[] = {"error"};
-    if (const auto type = take(rule, "TYPE")) rule.wide = choose(line, *type, kTypes) == 1;
-    if (const auto unchanged = take(rule, "UNCHANGED")) {
+    if (const auto type = takeOperand(rule, "TYPE")) rule.wide = choose(line, *type, kTypes) == 1;
+    if (const auto unchanged = takeOperand(rule, "UNCHANGED")) {
         choose(line, *unchanged, kUnchanged);
         rule.unchangedFails = true;
     }
-    if (const auto policy = take(rule, "ON-ERROR")) {
+    if (const auto policy = takeOperand(rule, "ON-ERROR")) {
         rule.onError = static_cast<OnError>(choose(line, *policy, kOnErrorNames));
         if (rule.onError == OnError::constant) {
             takeConstant(line, rule, policy->position, "on-error=const");
@@ -226,6 +215,15 @@ Rules readRules(const std::string& file) {
         failFile(file, "cannot read: " + std::generic_category().message(errno));
     }
     return parseRules(text, file);
+}
+
+std::optional<RuleOperand> takeOperand(Rule& rule, std::string_view key) {
+    const auto found = std::find_if(rule.operands.begin(), rule.operands.end(),
+                                    [&](const RuleOperand& operand) { return operand.key == key; });
+    if (found == rule.operands.end()) return std::nullopt;
+    RuleOperand operand = std::move(*found);
+    rule.operands.erase(found);
+    return operand;
 }
 
 const char* nameOf(OnError policy) {

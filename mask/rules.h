@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,6 +61,9 @@ Rules parseRules(std::string_view text, const std::string& file);
 Rules readRules(const std::string& file);
 
 const char* nameOf(OnError policy);
+
+// Takes an operand out of the rule's.
+std::optional<RuleOperand> takeOperand(Rule& rule, std::string_view key);
 
 // The number of a column that is written as @3; 0 for everything else.
 uint32_t columnNumber(std::string_view name);

@@ -1,22 +1,39 @@
-// AFF: the characters of a value in another order, or the digits of a number reversed.
+// AFF: any text, whose form is kept.
+//   ff1              digits and letters are encrypted together; the rest stays
+//   shuffle, reverse the characters in another order; disguises
+//   number           the digits of a number reversed; a disguise
 #include <algorithm>
+#include <array>
+#include <optional>
 
+#include "providers/numerals.h"
 #include "providers/provider_support.h"
 
 namespace {
 
 using provider::Error;
+using provider::NumeralRange;
 using provider::Text;
 
-enum OperandCode : uint16_t { kMethod = 1 };
-constexpr PrvOperand kOperands[] = {{"METHOD", kMethod, 0, OPR_VALUE_WIDE, 0, 0}};
+constexpr PrvMethod kMethods[] = {
+    {"ff1", PRV_METHOD_KEYED}, {"shuffle", 0}, {"reverse", 0}, {"number", 0}};
 
-enum ErrorCode : uint32_t { kUnchanged = 1, kUnknownMethod, kNotNumber, kNumberTooLong };
+constexpr std::array<PrvOperand, 0> kOperands = {};
+
+// Code 2 was that of an unknown method.
+enum ErrorCode : uint32_t {
+    kUnchanged = 1,
+    kNotNumber = 3,
+    kNumberTooLong,
+    kBadCharacter,
+    kNothingToMask
+};
 constexpr PrvErrorText kErrors[] = {
     {kUnchanged, "the value would stay as it is"},
-    {kUnknownMethod, "the method must be shuffle, reverse or number"},
     {kNotNumber, "a character that is not a digit"},
     {kNumberTooLong, "the number has too many digits"},
+    {kBadCharacter, "a letter or digit that is not ASCII"},
+    {kNothingToMask, "the value has no letter and no digit"},
     KORV_COMMON_ERRORS,
 };
 
@@ -51,23 +68,17 @@ void reverseNumber(Text<Char>& text) {
 class Aff {
   public:
     static constexpr const char* kSampleRules[] = {
-        "AFF",
+        "AFF, secret=test",
+        "AFF, method=shuffle",
         "AFF, method=reverse",
         "AFF, method=number",
     };
 
-    explicit Aff(const provider::Operands& operands) {
-        if (!operands.has(kMethod)) return;
-        const std::wstring name = operands.wide(kMethod);
-        if (provider::isWord(name, L"SHUFFLE")) {
-            method_ = Method::shuffle;
-        } else if (provider::isWord(name, L"REVERSE")) {
-            method_ = Method::reverse;
-        } else if (provider::isWord(name, L"NUMBER")) {
-            method_ = Method::number;
-        } else {
-            throw Error(kUnknownMethod, {{KORV_TOKID_METHOD, name}});
-        }
+    explicit Aff(const provider::Operands& operands)
+        : method_(operands.isMethod("reverse")  ? Method::reverse
+                  : operands.isMethod("number") ? Method::number
+                                                : Method::shuffle) {
+        if (operands.isMethod("ff1")) permutation_.emplace(operands.key());
     }
 
     template <typename Char>
@@ -91,8 +102,35 @@ class Aff {
         }
     }
 
+    const crypto::Permutation* permutation() const {
+        return permutation_ ? &*permutation_ : nullptr;
+    }
+
+    template <typename Char>
+    void prepare(Text<Char>& text, crypto::Permuted& number) const {
+        const NumeralRange<Char> range(text.begin(), text.end(), true);
+        const Char* const foreign = range.findForeign();
+        if (foreign != text.end()) {
+            throw Error(kBadCharacter,
+                        {{KORV_TOKID_CHAR_POS, static_cast<int32_t>(foreign - text.begin()) + 1},
+                         {KORV_TOKID_SRCLEN, text.length}});
+        }
+        range.read(number);
+        range.appendPattern(number.tweak);
+        if (number.tweak.empty()) throw Error(kNothingToMask, {{KORV_TOKID_SRCLEN, text.length}});
+    }
+
+    template <typename Char>
+    void finish(Text<Char>& text, crypto::Permuted& number) const {
+        NumeralRange<Char>(text.begin(), text.end(), true).write(number);
+    }
+
     // Zeros at the end of a number are lost, and what is left may be the same backwards.
     uint32_t promises() const {
+        if (permutation_) {
+            return PRV_PROMISE_ONE_TO_ONE | PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT |
+                   PRV_PROMISE_REVERSIBLE;
+        }
         return method_ == Method::number
                    ? PRV_PROMISE_LENGTH_KEPT
                    : PRV_PROMISE_ONE_TO_ONE | PRV_PROMISE_LENGTH_KEPT | PRV_PROMISE_FORMAT_KEPT;
@@ -100,9 +138,10 @@ class Aff {
 
   private:
     enum class Method { shuffle, reverse, number };
-    Method method_ = Method::shuffle;
+    Method method_;
+    std::optional<crypto::Permutation> permutation_;
 };
 
 }  // namespace
 
-KORV_PROVIDER("AFF", Aff, kOperands, kErrors)
+KORV_PROVIDER("AFF", Aff, kMethods, kOperands, kErrors)

@@ -1,7 +1,11 @@
-// HASH: a pick from a list, the same for the same seed and value. Neither the case of the seed nor
-// that of the value makes a difference.
+// HASH: a pick from a list, the same for the same value, whose case makes no difference.
+//   pick  by a keyed hash
+//   seed  by a hash of the seed, whose case makes no difference, and the value; a disguise
 #include <memory>
+#include <optional>
 
+#include "providers/crypto/bytes.h"
+#include "providers/crypto/keyed_hash.h"
 #include "providers/fnv.h"
 #include "providers/provider_support.h"
 #include "providers/shared_table.h"
@@ -13,9 +17,11 @@ using provider::Error;
 using provider::Replacement;
 using provider::Text;
 
+constexpr PrvMethod kMethods[] = {{"pick", PRV_METHOD_KEYED}, {"seed", 0}};
+
 enum OperandCode : uint16_t { kSeed = 1, kFile, kList };
 constexpr PrvOperand kOperands[] = {
-    {"SEED", kSeed, PRV_OPERAND_REQUIRED, OPR_VALUE_NARROW, 0, 0},
+    {"SEED", kSeed, 0, OPR_VALUE_NARROW, 0, 0},
     {"FILE", kFile, PRV_OPERAND_PATH, OPR_VALUE_NARROW, 0, 0},
     {"LIST", kList, 0, OPR_VALUE_WIDE, 0, 0},
 };
@@ -76,17 +82,19 @@ std::shared_ptr<const Choices> parseList(const std::wstring& list) {
 class Hash {
   public:
     static constexpr const char* kSampleRules[] = {
-        "HASH, seed=autumn, list=Red;Green;Blue",
-        "HASH, seed=winter, \"list=Ada;Grace;Édith;\\\"Smith; Jones\\\"\"",
+        "HASH, secret=test, list=Red;Green;Blue",
+        "HASH, method=seed, seed=autumn, list=Red;Green;Blue",
+        "HASH, method=seed, seed=winter, \"list=Ada;Grace;Édith;\\\"Smith; Jones\\\"\"",
     };
 
     explicit Hash(const provider::Operands& operands) {
-        std::wstring seed = operands.wide(kSeed);
-        if (seed.size() < kShortestSeed) {
-            throw Error(kShortSeed, {{KORV_TOKID_HASHSEED_LEN, static_cast<int32_t>(seed.size())}});
+        if (operands.isMethod("pick")) {
+            operands.refuse(kSeed, L"SEED");
+            keyed_.emplace(operands.key());
+        } else {
+            operands.require(kSeed, L"SEED");
+            takeSeed(operands.wide(kSeed));
         }
-        KORV_StrToWUpper(seed.data());
-        for (const wchar_t c : seed) seeded_ = provider::fnv(seeded_, static_cast<uint32_t>(c));
         if (operands.has(kFile) == operands.has(kList)) {
             throw Error(kNoList, {{KORV_TOKID_OPERAND_LIST, L"FILE, LIST"}});
         }
@@ -96,21 +104,35 @@ class Hash {
 
     template <typename Char>
     void mask(Text<Char>& text) const {
-        if constexpr (sizeof(Char) == sizeof(wchar_t)) KORV_StrToWUpper(text.data);
-        uint64_t state = seeded_;
-        for (const Char c : text) {
-            state = provider::fnv(state, static_cast<uint32_t>(provider::upperAscii(c)));
-        }
-        state ^= state >> 32;
+        provider::upper(text);
         const auto count = static_cast<uint32_t>(choices_->texts.size());
-        text.replaceFrom(0, choices_->texts[static_cast<uint32_t>(state) % count].of(text));
+        uint32_t picked = 0;
+        if (keyed_) {
+            std::string work;
+            picked = crypto::pick(keyed_->fractionOf(provider::utf8Of(text.view(), work)), count);
+        } else {
+            uint64_t state = seeded_;
+            for (const Char c : text) state = provider::fnv(state, static_cast<uint32_t>(c));
+            state ^= state >> 32;
+            picked = static_cast<uint32_t>(state) % count;
+        }
+        text.replaceFrom(0, choices_->texts[picked].of(text));
     }
 
   private:
+    void takeSeed(std::wstring seed) {
+        if (seed.size() < kShortestSeed) {
+            throw Error(kShortSeed, {{KORV_TOKID_HASHSEED_LEN, static_cast<int32_t>(seed.size())}});
+        }
+        KORV_StrToWUpper(seed.data());
+        for (const wchar_t c : seed) seeded_ = provider::fnv(seeded_, static_cast<uint32_t>(c));
+    }
+
+    std::optional<crypto::KeyedHash> keyed_;
     uint64_t seeded_ = provider::kFnvStart;
     std::shared_ptr<const Choices> choices_;
 };
 
 }  // namespace
 
-KORV_PROVIDER("HASH", Hash, kOperands, kErrors)
+KORV_PROVIDER("HASH", Hash, kMethods, kOperands, kErrors)

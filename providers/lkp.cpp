@@ -1,5 +1,6 @@
 // LKP: replacement by a lookup file with lines of the form "value = replacement". Values are looked
 // up without regard to case.
+#include <array>
 #include <memory>
 #include <optional>
 
@@ -13,6 +14,8 @@ using provider::Error;
 using provider::LookupTable;
 using provider::Replacement;
 using provider::Text;
+
+constexpr std::array<PrvMethod, 0> kMethods = {};
 
 enum OperandCode : uint16_t { kFile = 1, kDefault };
 constexpr PrvOperand kOperands[] = {
@@ -52,4 +55,4 @@ class Lkp {
 
 }  // namespace
 
-KORV_PROVIDER("LKP", Lkp, kOperands, kErrors)
+KORV_PROVIDER("LKP", Lkp, kMethods, kOperands, kErrors)

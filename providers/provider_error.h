@@ -21,14 +21,18 @@ enum CommonError : uint32_t {
     kBadFile = 104,
     kNotConverted = 105,
     kUnexpected = 106,
+    kMissingOperand = 107,
+    kUnfitOperand = 108,
 };
 #define KORV_COMMON_ERRORS                                                                     \
     {provider::kValueTooLong, "the value is too long"},                                        \
         {provider::kResultTooLong, "the masked value is too long"},                            \
         {provider::kNotText, "the field is not text"}, {provider::kNoMemory, "out of memory"}, \
         {provider::kBadFile, "the file cannot be read or is not UTF-8 text"},                  \
-        {provider::kNotConverted, "the text cannot be converted"}, {                           \
-        provider::kUnexpected, "the provider failed unexpectedly"                              \
+        {provider::kNotConverted, "the text cannot be converted"},                             \
+        {provider::kUnexpected, "the provider failed unexpectedly"},                           \
+        {provider::kMissingOperand, "the method needs this operand"}, {                        \
+        provider::kUnfitOperand, "the operand does not go with the method"                     \
     }
 
 struct Token {

@@ -17,6 +17,21 @@ int32_t Operands::number(uint16_t code, int32_t otherwise) const {
     return operand == nullptr ? otherwise : static_cast<int32_t>(operand->intValue);
 }
 
+std::span<const uint8_t> Operands::key() const {
+    if (call_.key == nullptr || call_.keyLength != kKeyBytes) {
+        throw Error(kMissingOperand, {{KORV_TOKID_PARMKEY, L"SECRET"}});
+    }
+    return {call_.key, call_.keyLength};
+}
+
+void Operands::require(uint16_t code, const wchar_t* key) const {
+    if (!has(code)) throw Error(kMissingOperand, {{KORV_TOKID_PARMKEY, key}});
+}
+
+void Operands::refuse(uint16_t code, const wchar_t* key) const {
+    if (has(code)) throw Error(kUnfitOperand, {{KORV_TOKID_PARMKEY, key}});
+}
+
 std::wstring Operands::wide(uint16_t code) const {
     const OprDefX* operand = find(code);
     return operand == nullptr || operand->wideValue == nullptr ? L"" : operand->wideValue;

@@ -8,6 +8,7 @@
 
 #include "korv/text.h"
 #include "providers/provider_error.h"
+#include "text/utf8_text.h"
 
 namespace provider {
 
@@ -55,6 +56,15 @@ struct Replacement {
     std::string narrow;
     std::wstring wide;
 };
+
+// A text as UTF-8: itself, or converted to `work`. Throws text::ConversionError.
+inline std::string_view utf8Of(std::string_view text, std::string&) {
+    return text;
+}
+inline std::string_view utf8Of(std::wstring_view wide, std::string& work) {
+    work = text::toUtf8(wide);
+    return work;
+}
 
 // ASCII classes, the same in both widths.
 constexpr bool isDigit(int32_t c) {

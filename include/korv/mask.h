@@ -12,7 +12,7 @@
  * const char* names[] = {"CARD"};
  * KorvMaskSettings settings = {0};
  * settings.size = sizeof settings;
- * settings.rules = "CARD = CCN, key=17";
+ * settings.rules = "CARD = CCN, method=transpose, key=17";
  * settings.columns = names;
  * settings.columnCount = 1;
  *
@@ -54,7 +54,7 @@ extern "C" {
 #endif
 
 /** The version of this interface. It grows when something is appended. */
-#define KORV_MASK_VERSION 1
+#define KORV_MASK_VERSION 2
 
 /** KorvMaskRecord::row of a record that is not about a value. */
 #define KORV_MASK_NO_ROW UINT64_MAX
@@ -99,8 +99,20 @@ typedef enum KorvMaskFlag {
      * missing. */
     KORV_MASK_ALL_PROVIDERS = 4,
     /** The columns have no names of their own: rules address them as `@1`, `@2`, ... */
-    KORV_MASK_UNNAMED_COLUMNS = 8
+    KORV_MASK_UNNAMED_COLUMNS = 8,
+    /** Methods without a secret, which can be undone without one, are refused. From version 2 on. */
+    KORV_MASK_STRICT = 16,
+    /** The batches are masked values, and come back in clear. Refused unless all rules are KEEP or
+     * promise PRV_PROMISE_REVERSIBLE. From version 2 on. */
+    KORV_MASK_UNMASK = 32
 } KorvMaskFlag;
+
+/** A secret that rules refer to as `secret=name`. */
+typedef struct KorvMaskSecret {
+    const char* name;     /**< a lower-case letter, then lower-case letters, digits, underscores */
+    const uint8_t* bytes; /**< the secret */
+    uint32_t length;      /**< its bytes, 16 to 64 */
+} KorvMaskSecret;
 
 /** What KorvMaskOpen works with. Everything is read during the call only. */
 typedef struct KorvMaskSettings {
@@ -116,6 +128,15 @@ typedef struct KorvMaskSettings {
     const char* const* folders; /**< folders of provider modules, searched in order */
     uint32_t folderCount;       /**< number of folders; 0: the folder korv-providers beside the
                                  * engine's library, or where the package has installed it */
+
+    /* Version 2 */
+
+    const KorvMaskSecret* secrets; /**< secrets; the caller wipes its copy when it likes */
+    uint32_t secretCount;          /**< number of secrets */
+    const char* secretsFile; /**< path of a file with more secrets, or NULL: lines `name = value`, in
+                              * hexadecimal digits or base64. A file that others than its owner may
+                              * read, or that belongs to another user than this one or root, is
+                              * refused, and so is a name that is given twice */
 } KorvMaskSettings;
 
 /** An open set of rules. */
@@ -144,6 +165,16 @@ typedef struct KorvMaskColumn {
     const char* module;  /**< path of the provider's module, or NULL */
     const char* const* files; /**< paths of the files that the rule names, such as lookup files */
     uint32_t fileCount;       /**< number of files */
+
+    /* Version 2 */
+
+    const char* method;      /**< the method of the provider, or NULL when it has none */
+    uint32_t isDisguise;     /**< 1: the method has no secret; whoever has the program can undo it */
+    const char* secret;      /**< name of the secret, or NULL */
+    const char* fingerprint; /**< 8 hexadecimal digits that tell the secret from others, or NULL */
+    const char* scope;       /**< the rule's scope, "" without one */
+    const char* mapping; /**< a text of the method and the operands. Columns that have it, module,
+                          * secret and scope in common mask equal values equally */
 } KorvMaskColumn;
 
 /** A loaded provider. It lives until KorvMaskClose. */

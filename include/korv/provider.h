@@ -16,8 +16,8 @@
  * numbers, no time and no addresses. It runs under the thread locale C.UTF-8 and changes neither
  * locale, environment, signal handlers nor file descriptors of the process.
  *
- * Version 2 appends members to PrvCall and PrvEntry. Modules built for version 1 are loaded as
- * before: what they know of the records is unchanged.
+ * Versions 2 and 3 append members to PrvCall and PrvEntry. Modules built for an earlier version are
+ * loaded as before: what they know of the records is unchanged.
  */
 #ifndef KORV_PROVIDER_H
 #define KORV_PROVIDER_H
@@ -29,7 +29,7 @@ extern "C" {
 #endif
 
 /** The version of this interface. */
-#define PRV_INTERFACE_VERSION 2
+#define PRV_INTERFACE_VERSION 3
 
 /** Code of a provider's errors must stay below this number: the engine's own begin here. */
 #define PRV_FIRST_ENGINE_CODE 9000
@@ -61,7 +61,7 @@ typedef struct PrvCall {
     /* Version 2 */
 
     /** The key that belongs to the rule's secret, this provider and its method, or NULL. It is
-     * derived by the engine; a provider never sees a secret. */
+     * derived by the engine and lives until close; a provider never sees a secret. */
     const uint8_t* key;
     uint32_t keyLength; /**< bytes of key: 0 or 32 */
     uint32_t reserved1; /**< 0 */
@@ -70,13 +70,23 @@ typedef struct PrvCall {
      * the rule has no such operand. In maskBatch it is the first of several, one for each value.
      * The column is the last field of the block and the second field reference. */
     const ValueRecord* related;
+
+    /* Version 3 */
+
+    /** The method of the rule: PrvMethod::name of one of the provider's methods, or NULL when the
+     * provider has none. */
+    const char* method;
 } PrvCall;
 
 /** Properties of an operand. */
 enum PrvOperandFlag {
     PRV_OPERAND_REQUIRED = 1, /**< a rule without it is refused */
     PRV_OPERAND_PATH = 2,     /**< a file name; the engine resolves it against the rules' folder */
-    PRV_OPERAND_COLUMN = 4    /**< a column of the same row, see PrvCall::related; version 2 */
+    PRV_OPERAND_COLUMN = 4,   /**< a column of the same row, see PrvCall::related; version 2 */
+    PRV_OPERAND_CHECK = 8,    /**< it only refuses values; the results of the others do not depend
+                               * on it; version 3 */
+    PRV_OPERAND_OPTIONAL_VALUE = 16 /**< the key may also stand alone, and the operand then has the
+                                     * kind OPR_VALUE_NONE; version 3 */
 };
 
 /** An operand that the provider takes: `key=value` in a rule, or `key` alone for OPR_VALUE_NONE.
@@ -86,7 +96,8 @@ enum PrvOperandFlag {
  * PRV_OPERAND_COLUMN. */
 typedef struct PrvOperand {
     const char* key;  /**< capital letters, digits and underscores, a letter first; unique. The
-                       * engine's own keys are refused: TYPE, ON-ERROR, UNCHANGED */
+                       * engine's own keys are refused: TYPE, ON-ERROR, UNCHANGED; from version 3
+                       * on also METHOD, SCOPE, SECRET, UNIQUE */
     uint16_t code;    /**< unique among the provider's operands */
     uint16_t flags;   /**< PrvOperandFlag, added up */
     int32_t kind;     /**< OprValueKind */
@@ -100,9 +111,22 @@ typedef struct PrvErrorText {
     const char* text; /**< what is wrong with the value or the rule, without a full stop */
 } PrvErrorText;
 
+/** Properties of a method. */
+enum PrvMethodFlag {
+    PRV_METHOD_KEYED = 1 /**< a rule with this method needs a secret, any other must have none */
+};
+
+/** A way in which a provider masks. */
+typedef struct PrvMethod {
+    const char* name; /**< in rules `method=name`: lower-case letters, digits and underscores, a
+                       * letter first; unique */
+    uint32_t flags;   /**< PrvMethodFlag, added up */
+} PrvMethod;
+
 /** What a provider promises for an opened rule. */
 enum PrvPromise {
-    PRV_PROMISE_ONE_TO_ONE = 1,  /**< different values have different results */
+    PRV_PROMISE_ONE_TO_ONE = 1,  /**< different values have different results; with a method that
+                                  * keeps no form, up to a chance that its documents state */
     PRV_PROMISE_LENGTH_KEPT = 2, /**< the result has as many characters as the value */
     PRV_PROMISE_FORMAT_KEPT = 4, /**< the result is of the form that the provider accepts */
     PRV_PROMISE_REVERSIBLE = 8   /**< unmask gives the value back */
@@ -121,7 +145,8 @@ typedef struct PrvEntry {
 
     /** Reads the operands of a rule and makes the state that the other functions get.
      *
-     * @param      call   context, block, service; from version 2 on key and keyLength
+     * @param      call   context, block, service; from version 2 on key and keyLength, from version
+     *                    3 on method
      * @param[out] state  the provider's; passed to close once, unless open has failed
      * @return 0, or another value after an error has been captured */
     int32_t (*open)(const PrvCall* call, void** state);
@@ -164,6 +189,13 @@ typedef struct PrvEntry {
     /** Rules to try the provider with: the text after `COLUMN =`. */
     const char* const* sampleRules;
     uint32_t sampleRuleCount; /**< number of sample rules */
+
+    /* Version 3. Every member may be NULL or 0. */
+
+    /** The provider's methods. A rule picks one with `method=`, or with `secret=` the first keyed
+     * one; a rule that does neither is refused. Without methods, a provider gets no key. */
+    const PrvMethod* methods;
+    uint32_t methodCount; /**< number of methods */
 } PrvEntry;
 
 /** The name of the function that a provider exports. */

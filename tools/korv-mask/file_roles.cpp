@@ -59,6 +59,7 @@ void refuseSame(const File& read, const File& written) {
 
 std::vector<File> filesRead(const Options& options, const std::vector<ColumnPlan>& plan) {
     std::vector<File> files = {fileOf(options.rules)};
+    if (!options.secrets.empty()) files.push_back(fileOf(options.secrets));
     for (const ColumnPlan& column : plan) {
         for (const std::string& file : column.files) files.push_back(fileOf(file));
     }

@@ -68,7 +68,8 @@ std::string warnings(const Options& options, const Input& input, const Summary& 
     std::string text;
     for (const ColumnSummary& column : summary.columns) {
         if (column.formulas == 0) continue;
-        text += "korv-mask: column " + printable(column.name) + ": " + std::to_string(column.formulas) +
+        text += "korv-mask: column " + printable(column.name) + ": " +
+                std::to_string(column.formulas) +
                 " masked values begin with =, +, - or @ where the clear values did not; a "
                 "spreadsheet may take them for formulas\n";
     }
@@ -148,6 +149,7 @@ int mask(const Options& options) {
 }
 
 int run(const Options& options) {
+    if (!options.newSecret.empty()) return printNewSecret(options.newSecret);
     if (options.listProviders) return listProviders(options);
     if (options.suggest) return suggest(options);
     if (options.check) return check(options);
@@ -162,7 +164,10 @@ int main(int argc, char** argv) {
     const tool::SignalStack signalStack;
     try {
         tool::prepareProcess();
+        tool::SecretVariables variables;
+        variables.take();
         tool::Options options;
+        options.secretVariables = &variables;
         int status = tool::kAllMasked;
         if (!tool::parseOptions(argc, argv, options, status)) return status;
         return tool::run(options);

@@ -1,6 +1,10 @@
 // Opening of handles, with the engine's records as messages.
 #include "masker.h"
 
+#include <map>
+#include <tuple>
+
+#include "shape.h"
 #include "tool_error.h"
 
 namespace tool {
@@ -28,6 +32,12 @@ MaskHandle open(const Options& options, KorvMaskSettings& settings) {
     settings.size = sizeof settings;
     settings.folders = folders.data();
     settings.folderCount = static_cast<uint32_t>(folders.size());
+    if (!options.secrets.empty()) settings.secretsFile = options.secrets.c_str();
+    if (options.secretVariables != nullptr) {
+        const std::vector<KorvMaskSecret>& secrets = options.secretVariables->secrets();
+        settings.secrets = secrets.data();
+        settings.secretCount = static_cast<uint32_t>(secrets.size());
+    }
     KorvMask* mask = nullptr;
     const int32_t status = KorvMaskOpen(&settings, &mask);
     MaskHandle handle(mask);
@@ -43,6 +53,8 @@ MaskHandle openMask(const Options& options, const std::vector<std::string>& colu
     KorvMaskSettings settings = {};
     settings.flags = (options.keepUnlisted ? KORV_MASK_KEEP_UNLISTED : 0) |
                      (options.verifyProviders ? KORV_MASK_VERIFY_PROVIDERS : 0) |
+                     (options.strict ? KORV_MASK_STRICT : 0) |
+                     (options.unmask ? KORV_MASK_UNMASK : 0) |
                      (options.dialect.header ? 0 : KORV_MASK_UNNAMED_COLUMNS);
     settings.columns = names.data();
     settings.columnCount = static_cast<uint32_t>(names.size());
@@ -67,15 +79,44 @@ std::vector<ColumnPlan> planOf(const KorvMask& mask, const Options& options) {
         entry.aborts = std::string(column->onError) == "abort";
         if (column->module != nullptr) entry.module = column->module;
         entry.files.assign(column->files, column->files + column->fileCount);
+        if (column->method != nullptr) entry.protection.method = column->method;
+        entry.protection.isDisguise = column->isDisguise == 1;
+        if (column->secret != nullptr) {
+            entry.protection.secret = column->secret;
+            entry.protection.fingerprint = column->fingerprint;
+        }
+        entry.scope = column->scope;
+        entry.mapping = column->mapping;
         entry.reason = "no rule";
         if (column->rulesLine != 0) {
             // Operands are left out: among them are keys and seeds.
-            entry.reason = std::string("rule ") + column->rulePattern + " = " +
-                           column->actionName + ", " + options.rules + ":" +
-                           std::to_string(column->rulesLine);
+            entry.reason = std::string("rule ") + column->rulePattern + " = " + column->actionName +
+                           ", " + options.rules + ":" + std::to_string(column->rulesLine);
         }
     }
     return plan;
+}
+
+std::vector<std::string> warningsOf(const std::vector<ColumnPlan>& plan) {
+    std::vector<std::string> warnings;
+    // By secret, provider and scope: the first column with them.
+    std::map<std::tuple<std::string, std::string, std::string>, const ColumnPlan*> first;
+    for (const ColumnPlan& column : plan) {
+        if (column.protection.isDisguise) {
+            warnings.push_back("column " + printable(column.name) + ": " + column.action +
+                               ", method " + column.protection.method +
+                               ", is a disguise, which can be undone without a secret");
+        }
+        if (column.protection.secret.empty()) continue;
+        const auto [known, isNew] =
+            first.try_emplace({column.protection.secret, column.module, column.scope}, &column);
+        if (isNew || known->second->mapping == column.mapping) continue;
+        warnings.push_back("columns " + printable(known->second->name) + " and " +
+                           printable(column.name) + " share the secret " +
+                           column.protection.secret + " and the provider " + column.action +
+                           " and differ in operands: equal values are masked differently");
+    }
+    return warnings;
 }
 
 }  // namespace tool

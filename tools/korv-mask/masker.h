@@ -7,6 +7,7 @@
 
 #include "korv/mask.h"
 #include "options.h"
+#include "summary.h"
 
 namespace tool {
 
@@ -31,9 +32,16 @@ struct ColumnPlan {
     bool aborts;         // on-error=abort
     std::string module;  // of the provider
     std::vector<std::string> files;
+    Protection protection;
+    std::string scope;
+    std::string mapping;  // see KorvMaskColumn
 
     bool isMasked() const { return kind != KORV_MASK_KEEP && kind != KORV_MASK_DROP; }
 };
 std::vector<ColumnPlan> planOf(const KorvMask& mask, const Options& options);
+
+// What a person should know of the plan before a run, a line each: disguises, and columns that
+// share a secret without sharing the mapping.
+std::vector<std::string> warningsOf(const std::vector<ColumnPlan>& plan);
 
 }  // namespace tool

@@ -47,10 +47,32 @@ std::string operandText(const PrvOperand& operand, bool isShort) {
     return "[" + text + "]";
 }
 
+// The methods, in brief "method=ff1|transpose", or else "secret=NAME[, method=ff1] or
+// method=transpose".
+std::string methodsOf(const PrvEntry& entry, bool isShort) {
+    std::string all;
+    std::string keyed;
+    std::string others;
+    const auto append = [](std::string& list, const char* name) {
+        list += list.empty() ? "" : "|";
+        list += name;
+    };
+    for (uint32_t i = 0; entry.interfaceVersion >= 3 && i < entry.methodCount; ++i) {
+        const PrvMethod& method = entry.methods[i];
+        append(all, method.name);
+        append((method.flags & PRV_METHOD_KEYED) != 0 ? keyed : others, method.name);
+    }
+    if (all.empty()) return {};
+    if (isShort) return "method=" + all;
+    const std::string text = keyed.empty() ? "" : "secret=NAME[, method=" + keyed + "]";
+    if (others.empty()) return text;
+    return text + (text.empty() ? "" : " or ") + "method=" + others;
+}
+
 std::string operandsOf(const PrvEntry& entry, bool isShort) {
-    std::string text;
+    std::string text = methodsOf(entry, isShort);
     for (uint32_t i = 0; i < entry.operandCount; ++i) {
-        text += (i == 0 ? "" : ", ") + operandText(entry.operands[i], isShort);
+        text += (text.empty() ? "" : ", ") + operandText(entry.operands[i], isShort);
     }
     return text;
 }
@@ -105,8 +127,9 @@ int check(const Options& options) {
         const ColumnPlan& column = table.plan[i];
         text += std::to_string(i + 1) + "  " + printable(column.name) + ": " + sentenceFor(column);
         if (column.kind == KORV_MASK_PROVIDER) text += column.action;
-        text += " (" + printable(column.reason) + ")\n";
+        text += column.protection.text() + " (" + printable(column.reason) + ")\n";
     }
+    for (const std::string& warning : warningsOf(table.plan)) text += "warning: " + warning + "\n";
     print(text);
     return kAllMasked;
 }
@@ -164,9 +187,9 @@ int suggest(const Options& options) {
                 }
                 for (size_t i = 0; i < guesses.size(); ++i) {
                     const std::string_view text = unquoted(parser.fields()[i], work);
-                    const bool isNull = std::find(options.nullTexts.begin(),
-                                                  options.nullTexts.end(),
-                                                  text) != options.nullTexts.end();
+                    const bool isNull =
+                        std::find(options.nullTexts.begin(), options.nullTexts.end(), text) !=
+                        options.nullTexts.end();
                     guesses[i].add(isNull ? std::string_view() : text);
                 }
                 ++rows;
@@ -185,8 +208,8 @@ int listProviders(const Options& options) {
     std::string text;
     for (uint32_t i = 0; const KorvMaskProvider* provider = KorvMaskGetProvider(mask.get(), i);
          ++i) {
-        text += std::string(provider->name) + "  " + operandsOf(*provider->entry, false) + "\n    " +
-                provider->module + ", interface version " +
+        text += std::string(provider->name) + "  " + operandsOf(*provider->entry, false) +
+                "\n    " + provider->module + ", interface version " +
                 std::to_string(provider->entry->interfaceVersion) + "\n";
     }
     print(text);
@@ -199,7 +222,8 @@ std::string providersInShort() {
         std::string text;
         for (uint32_t i = 0; const KorvMaskProvider* provider = KorvMaskGetProvider(mask.get(), i);
              ++i) {
-            text += "  " + std::string(provider->name) + "  " + operandsOf(*provider->entry, true) + "\n";
+            text += "  " + std::string(provider->name) + "  " + operandsOf(*provider->entry, true) +
+                    "\n";
         }
         return text;
     } catch (const ToolError&) {

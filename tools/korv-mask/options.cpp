@@ -18,14 +18,15 @@ constexpr uint32_t kMostJobs = 256;
 
 constexpr const char* kRulesInShort =
     "Rules, one line for each column:\n"
-    "  CARD = CCN, key=17               masked by the provider CCN\n"
-    "  \"First Name\" = HASH, seed=autumn, file=names.txt\n"
+    "  CARD = CCN, secret=crm           masked by the provider CCN, with the secret crm\n"
+    "  \"First Name\" = HASH, secret=crm, file=names.txt\n"
     "  @3 = KEEP                        the third column, kept in clear\n"
     "  ADDR* = DROP                     every column whose name begins with ADDR, left out\n"
     "  NOTE = NULL                      emptied\n"
     "  TITLE = CONST, value=Dr.         replaced by a constant\n"
     "Operands of every rule: type=auto|wide, on-error=empty|null|const|drop-row|abort,\n"
-    "unchanged=error. A column without a rule is an error unless --keep-unlisted is given.\n";
+    "unchanged=error, unique; of those with a secret also method, scope. A column without a\n"
+    "rule is an error unless --keep-unlisted is given.\n";
 
 constexpr const char* kExitStatus =
     "\nExit status: 0 every value is masked; 1 some values failed, see the report; 2 the run ended\n"
@@ -53,6 +54,11 @@ void addFiles(CLI::App& app, Options& options) {
         ->capture_default_str()
         ->type_name("IN");
     app.add_option("-r,--rules", options.rules, "Rules, one line for each column")
+        ->type_name("FILE");
+    app.add_option("--secrets", options.secrets,
+                   "Secrets that rules name: lines `name = value`, in hexadecimal\n"
+                   "digits or base64. Only the user may have access to the file. A\n"
+                   "secret may also be in the environment: KORV_SECRET_NAME")
         ->type_name("FILE");
     app.add_option("-o,--output", options.output,
                    "Masked CSV file; - is standard output. A file appears when it is\n"
@@ -105,6 +111,9 @@ void addModes(CLI::App& app, Options& options) {
     app.add_flag("--show-clear", options.showClear, "Show clear values in --diff");
     app.add_flag("--suggest", options.suggest,
                  "Print a rules file to start from, after a look at the first\n10,000 rows");
+    app.add_option("--new-secret", options.newSecret,
+                   "Print a line for a secrets file with 32 random bytes")
+        ->type_name("NAME");
     app.add_flag("--list-providers", options.listProviders, "Print the providers that are found");
 }
 
@@ -116,6 +125,9 @@ void addRun(CLI::App& app, Options& options) {
                    "End without output when more values than this fail")
         ->type_name("N");
     app.add_flag("--keep-unlisted", options.keepUnlisted, "Keep columns that have no rule");
+    app.add_flag("--strict", options.strict, "Refuse methods without a secret");
+    app.add_flag("--unmask", options.unmask,
+                 "Reverse the masking, with the rules and secrets that it was done with");
     app.add_flag("--verify-providers", options.verifyProviders,
                  "Call providers twice for each value, and compare what they do");
     const std::map<std::string, ProgressMode> modes = {{"auto", ProgressMode::automatic},
@@ -131,7 +143,7 @@ void addRun(CLI::App& app, Options& options) {
 }  // namespace
 
 bool parseOptions(int argc, char** argv, Options& options, int& status) {
-    CLI::App app("Masks the columns of a CSV file by rules such as: CARD = CCN, key=17",
+    CLI::App app("Masks the columns of a CSV file by rules such as: CARD = CCN, secret=crm",
                  "korv-mask");
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
         return std::string("korv-mask: ") + error.what() +
@@ -145,7 +157,8 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     app.footer(footer);
     try {
         app.parse(argc, argv);
-        if (options.rules.empty() && !options.suggest && !options.listProviders) {
+        if (options.rules.empty() && !options.suggest && !options.listProviders &&
+            options.newSecret.empty()) {
             throw CLI::RequiredError("--rules");
         }
     } catch (const CLI::ParseError& error) {

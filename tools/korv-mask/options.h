@@ -8,11 +8,15 @@
 
 #include "progress.h"
 #include "row_parser.h"
+#include "secret_variables.h"
 
 namespace tool {
 
 struct Options {
     std::string rules;
+    std::string secrets;    // the file
+    std::string newSecret;  // the name
+    const SecretVariables* secretVariables = nullptr;
     std::string input = "-";
     std::string output = "-";
     std::string report;
@@ -31,6 +35,8 @@ struct Options {
     bool suggest = false;
     bool listProviders = false;
     bool showClear = false;
+    bool strict = false;
+    bool unmask = false;
     ProgressMode progress = ProgressMode::automatic;
 };
 

@@ -34,6 +34,7 @@ Pipeline::Pipeline(const Options& options, const Table& table, MaskHandle mask, 
         column.number = i + 1;
         column.name = table.plan[i].name;
         column.action = table.plan[i].action;
+        column.protection = table.plan[i].protection;
     }
     for (uint32_t i = 0; options.jobs > 1 && i < options.jobs; ++i) {
         workers_.emplace_back([this](const std::stop_token& stop) { work(stop); });

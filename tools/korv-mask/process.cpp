@@ -3,6 +3,7 @@
 
 #include <cxxabi.h>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -55,6 +56,11 @@ void occupyStandardStreams() {
 
 void prepareProcess() {
     occupyStandardStreams();
+#ifndef __SANITIZE_ADDRESS__
+    // No core dump and no debugger of the same user shows secrets and clear values. The leak check
+    // of the sanitizer is such a debugger.
+    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+#endif
     // A file that reaches its limit is an error like a full disk.
     ::signal(SIGXFSZ, SIG_IGN);
     // The library's case functions follow the locale; this one knows every letter of UTF-8 input.

@@ -144,13 +144,14 @@ Suggestion ColumnGuess::dates() const {
         const std::string_view other = provider::kCommonDateFormats[i];
         if (hasDayFirst(other) != hasDayFirst(format) &&
             (dates_[best] - dates_[i]) * 100 <= values_ * kErrors) {
-            return {"AGE, days=?, format=?", reason + ", and " + grouped(dates_[i]) +
-                                                 " of the form " + std::string(other) +
-                                                 "; write the format that is meant"};
+            return {"AGE, secret=?, range=?, format=?", reason + ", and " + grouped(dates_[i]) +
+                                                            " of the form " + std::string(other) +
+                                                            "; write the format that is meant"};
         }
     }
     const bool quote = format.find_first_of(", ") != format.npos;
-    return {"AGE, days=?, " + (quote ? "\"format=" + format + "\"" : "format=" + format), reason};
+    return {"AGE, secret=?, range=?, " + (quote ? "\"format=" + format + "\"" : "format=" + format),
+            reason};
 }
 
 bool ColumnGuess::haveIdentityLayout(uint64_t& sameLayout) const {
@@ -180,27 +181,27 @@ Suggestion ColumnGuess::unknown() const {
 
 Suggestion ColumnGuess::suggestion() const {
     const std::string named = "the column's name stands for ";
-    const std::string list = "HASH, seed=?, file=?";
+    const std::string list = "HASH, secret=?, file=?";
     uint64_t sameLayout = 0;
     if (values_ == 0) return {"?", empty_ == 0 ? "there are no rows" : "all rows are empty"};
-    if (areMost(eMails_)) return {"EML, key=?", share(eMails_) + " are e-mail addresses"};
+    if (areMost(eMails_)) return {"EML, secret=?", share(eMails_) + " are e-mail addresses"};
     if (areMost(cards_) && different_.size() >= kFewestCards) {
-        return {"CCN, key=?", share(cards_) + " are card numbers with a correct check digit"};
+        return {"CCN, secret=?", share(cards_) + " are card numbers with a correct check digit"};
     }
     if (areMost(dates_[bestDateFormat()])) return dates();
     if (areMost(internationalTelephones_)) {
-        return {"NID, key=?", share(internationalTelephones_) + " are telephone numbers"};
+        return {"NID, secret=?", share(internationalTelephones_) + " are telephone numbers"};
     }
     if (areMost(telephones_) && isNamed(kTelephoneWords)) {
-        return {"NID, key=?", named + "telephone numbers, and " + share(telephones_) + " fit"};
+        return {"NID, secret=?", named + "telephone numbers, and " + share(telephones_) + " fit"};
     }
     if (areMost(numbers_) && isNamed(kIdentityWords)) {
-        return {"NID, key=?", named + "an identity number, and " + share(numbers_) + " fit"};
+        return {"NID, secret=?", named + "an identity number, and " + share(numbers_) + " fit"};
     }
     if (haveIdentityLayout(sameLayout)) {
-        return {"NID, key=?", share(sameLayout) + " have the same layout of digits, and " +
-                                  grouped(different_.size()) + " of the first " +
-                                  grouped(sampled_) + " are different, as identity numbers are"};
+        return {"NID, secret=?", share(sameLayout) + " have the same layout of digits, and " +
+                                     grouped(different_.size()) + " of the first " +
+                                     grouped(sampled_) + " are different, as identity numbers are"};
     }
     if (areMost(words_) && isNamed(kPlaceWords)) {
         return {list, named + "a place, and " + share(words_) + " fit"};
@@ -232,10 +233,9 @@ std::optional<std::string> writtenName(const std::string& name, bool isUniqueInA
 constexpr const char* kIntroduction = R"(
 # Replace each ? before you use the rules; korv-mask --check refuses them until then:
 #   COLUMN = ?   a provider, KEEP or DROP
-#   key=?        a number of up to 9 digits; keep it secret
-#   seed=?       a text of at least 4 characters; keep it secret
+#   secret=?     the name of a secret; korv-mask --new-secret NAME makes one
 #   file=?       a file with one replacement on each line
-#   days=?       how many days to add; a negative number subtracts
+#   range=?      days to move a date by, from..to, such as -30..30
 #   format=?     the date format that is meant
 # Check the other rules, too: the first rows may not be typical.
 )";

@@ -54,11 +54,24 @@ std::string toJson(const ColumnSummary& column) {
         separator = ",";
     }
     json += '}';
+    const Protection& protection = column.protection;
+    if (!protection.method.empty()) json += ",\"method\":" + quoted(protection.method);
+    if (protection.isDisguise) json += ",\"disguise\":true";
+    if (!protection.secret.empty()) {
+        json += ",\"secret\":" + quoted(protection.secret) +
+                ",\"fingerprint\":" + quoted(protection.fingerprint);
+    }
     if (column.formulas != 0) json += member("formulas", column.formulas);
     return json + '}';
 }
 
 }  // namespace
+
+std::string Protection::text() const {
+    if (method.empty()) return {};
+    return ", method " + method + (isDisguise ? ", a disguise" : "") +
+           (secret.empty() ? "" : ", secret " + secret + " " + fingerprint);
+}
 
 uint64_t ColumnSummary::failedValues() const {
     uint64_t sum = 0;

@@ -10,11 +10,23 @@
 
 namespace tool {
 
+// How a provider protects a column.
+struct Protection {
+    std::string method;       // empty for a provider without methods, and for other actions
+    std::string secret;       // its name; empty without one
+    std::string fingerprint;  // of the secret
+    bool isDisguise = false;
+
+    // ", method ff1, secret crm 12ab34cd" or ", method transpose, a disguise"; empty without method.
+    std::string text() const;
+};
+
 // One column; see KorvMaskStatistics for the meaning of its counts.
 struct ColumnSummary {
     uint32_t number = 0;  // from 1
     std::string name;
     std::string action;
+    Protection protection;
     uint64_t values = 0;
     uint64_t nulls = 0;
     uint64_t masked = 0;
