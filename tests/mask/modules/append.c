@@ -53,14 +53,15 @@ static int32_t maskBatch(void* state, const PrvCall* call, uint32_t count, int32
 const PrvEntry* KorvProviderEntry(void) {
     static const PrvOperand operands[] = {
         {"WITH", 1, PRV_OPERAND_REQUIRED | PRV_OPERAND_COLUMN, OPR_VALUE_NARROW, 0, 0}};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = "APPEND";
-    entry.operands = operands;
-    entry.operandCount = 1;
-    entry.open = openNothing;
-    entry.mask = mask;
-    entry.close = closeNothing;
-    entry.maskBatch = maskBatch;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = "APPEND",
+        .operands = operands,
+        .operandCount = 1,
+        .open = openNothing,
+        .mask = mask,
+        .close = closeNothing,
+        .maskBatch = maskBatch,
+    };
     return &entry;
 }

@@ -99,14 +99,15 @@ static int32_t mask(void* state, const PrvCall* call) {
 
 const PrvEntry* KorvProviderEntry(void) {
     static const PrvErrorText errors[] = {{1, "an error"}};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = PROVIDER_NAME;
-    entry.errors = errors;
-    entry.errorCount = 1;
-    entry.open = openNothing;
-    entry.mask = mask;
-    entry.close = closeNothing;
-    entry.maskBatch = maskBatch;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = PROVIDER_NAME,
+        .errors = errors,
+        .errorCount = 1,
+        .open = openNothing,
+        .mask = mask,
+        .close = closeNothing,
+        .maskBatch = maskBatch,
+    };
     return &entry;
 }

@@ -142,14 +142,15 @@ static uint32_t promises(const void* state) {
 
 const PrvEntry* KorvProviderEntry(void) {
     static const PrvErrorText errors[] = {{1, "an error"}};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = PROVIDER_NAME;
-    entry.errors = errors;
-    entry.errorCount = 1;
-    entry.open = openNothing;
-    entry.mask = mask;
-    entry.close = closeNothing;
-    entry.promises = promises;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = PROVIDER_NAME,
+        .errors = errors,
+        .errorCount = 1,
+        .open = openNothing,
+        .mask = mask,
+        .close = closeNothing,
+        .promises = promises,
+    };
     return &entry;
 }

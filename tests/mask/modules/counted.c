@@ -51,16 +51,17 @@ const PrvEntry* KorvProviderEntry(void) {
     static const PrvOperand operands[] = {{"ONE", OPERAND_ONE, 0, OPR_VALUE_NONE, 0, 0},
                                           {"REFUSE", OPERAND_REFUSE, 0, OPR_VALUE_NONE, 0, 0}};
     static const PrvErrorText errors[] = {{1, "this rule is refused"}};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = "COUNTED";
-    entry.operands = operands;
-    entry.operandCount = 2;
-    entry.errors = errors;
-    entry.errorCount = 1;
-    entry.open = countedOpen;
-    entry.mask = countedMask;
-    entry.close = countedClose;
-    entry.maskBatch = countedBatch;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = "COUNTED",
+        .operands = operands,
+        .operandCount = 2,
+        .errors = errors,
+        .errorCount = 1,
+        .open = countedOpen,
+        .mask = countedMask,
+        .close = countedClose,
+        .maskBatch = countedBatch,
+    };
     return &entry;
 }

@@ -43,15 +43,16 @@ const PrvEntry* KorvProviderEntry(void) {
         {"FLAG", 50, 0, OPR_VALUE_NONE, 0, 0},
     };
     static const PrvErrorText errors[] = {{1, "no memory"}};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = "ECHO";
-    entry.operands = operands;
-    entry.operandCount = 5;
-    entry.errors = errors;
-    entry.errorCount = 1;
-    entry.open = echoOpen;
-    entry.mask = echoMask;
-    entry.close = echoClose;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = "ECHO",
+        .operands = operands,
+        .operandCount = 5,
+        .errors = errors,
+        .errorCount = 1,
+        .open = echoOpen,
+        .mask = echoMask,
+        .close = echoClose,
+    };
     return &entry;
 }

@@ -104,15 +104,16 @@ const PrvEntry* KorvProviderEntry(void) {
         {LINES, "a text of lines"},
         {REFUSED, "a rule that is refused"},
     };
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = "FAILS";
-    entry.operands = operands;
-    entry.operandCount = 1;
-    entry.errors = errors;
-    entry.errorCount = sizeof errors / sizeof *errors;
-    entry.open = open;
-    entry.mask = mask;
-    entry.close = closeNothing;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = "FAILS",
+        .operands = operands,
+        .operandCount = 1,
+        .errors = errors,
+        .errorCount = sizeof errors / sizeof *errors,
+        .open = open,
+        .mask = mask,
+        .close = closeNothing,
+    };
     return &entry;
 }

@@ -76,16 +76,17 @@ static uint32_t promises(const void* state) {
 const PrvEntry* KorvProviderEntry(void) {
     static const PrvErrorText errors[] = {{1, "no memory"}};
     static const char* const samples[] = {"REPORT"};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = "REPORT";
-    entry.errors = errors;
-    entry.errorCount = 1;
-    entry.open = reportOpen;
-    entry.mask = reportMask;
-    entry.close = reportClose;
-    entry.promises = promises;
-    entry.sampleRules = samples;
-    entry.sampleRuleCount = 1;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = "REPORT",
+        .errors = errors,
+        .errorCount = 1,
+        .open = reportOpen,
+        .mask = reportMask,
+        .close = reportClose,
+        .promises = promises,
+        .sampleRules = samples,
+        .sampleRuleCount = 1,
+    };
     return &entry;
 }

@@ -39,7 +39,9 @@ static int32_t mask(void* state, const PrvCall* call) {
     int32_t characters = 0;
     KORVGetSourceDataLen(value, call->context->fieldRefs.fieldDef, &characters);
     if (characters <= 0) {
-        if (value->nullIndicator == 1 && value->data == NULL) ++KorvTestNulls;
+        if (value->nullIndicator == 1 && value->data == NULL) {
+            __atomic_add_fetch(&KorvTestNulls, 1, __ATOMIC_RELAXED);
+        }
         call->result->nullIndicator = 1;
         return 0;
     }

@@ -8,11 +8,12 @@ static int32_t mask(void* state, const PrvCall* call) {
 }
 
 const PrvEntry* KorvProviderEntry(void) {
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = "WHICH";
-    entry.open = openNothing;
-    entry.mask = mask;
-    entry.close = closeNothing;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = "WHICH",
+        .open = openNothing,
+        .mask = mask,
+        .close = closeNothing,
+    };
     return &entry;
 }
