@@ -1,6 +1,7 @@
 """Times korv-mask on 100 MB of customer records: against the program that it replaced, built from the
 history, and against programs that only split and join the columns. All are 64-bit programs."""
 import pathlib
+import re
 import shutil
 import statistics
 import subprocess
@@ -12,18 +13,40 @@ FUNCTION = "korv-mask"
 SIZE = 100_000_000
 RUNS = 5
 MEMORY_LIMIT = 64 * 1024  # KiB
-BATCH_LIMIT = 40.0        # nanoseconds per value
+# Nanoseconds per value.
+BATCH_LIMITS = {"empty provider": 40.0, "FF1 of 9 digits": 500.0, "EML pseudonym": 1000.0,
+                "HASH pick": 1000.0}
 BEFORE = "ae2d0979142bff84e3eb3185902977f52644e19c"  # the last commit with the program mask_csv
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DATA = ROOT / "examples/data"
 
 SIX_RULES = """\
-CARD = CCN, key=17
-PHONE = NID, key=5
-EMAIL = EML, key=4711, prefix=1, domain=masked.example
-BIRTH_DATE = AGE, years=-1, days=45
+CARD = CCN, method=transpose, key=17
+PHONE = NID, method=transpose, key=5
+EMAIL = EML, method=transpose, key=4711, prefix=1, domain=masked.example
+BIRTH_DATE = AGE, method=move, years=-1, days=45
 CITY = LKP, file=CITIES.TXT, default=OTHER
-"First Name" = HASH, seed=autumn, file=NAMES.TXT
+"First Name" = HASH, method=seed, seed=autumn, file=NAMES.TXT
+"""
+
+PYTHON_FF3 = """\
+import time
+from ff3 import FF3Cipher
+cipher = FF3Cipher("EF4359D8D580AA4F7F036D6F04FC6A94EF4359D8D580AA4F7F036D6F04FC6A94", "D8E7920AFA330A")
+start = time.perf_counter()
+for i in range(5000):
+    cipher.encrypt(f"{i * 7919:09}")
+print((time.perf_counter() - start) / 5000 * 1e9)
+"""
+
+PGCRYPTO = """\
+CREATE EXTENSION pgcrypto;
+SET max_parallel_workers_per_gather = 0;
+CREATE TABLE addresses AS
+    SELECT 'user.' || i || '@mail.example' AS address FROM generate_series(1, 200000) AS i;
+SELECT sum(length(hmac(address, 'a key of 32 bytes for the peer..', 'sha256'))) FROM addresses;
+\\timing on
+SELECT sum(length(hmac(address, 'a key of 32 bytes for the peer..', 'sha256'))) FROM addresses;
 """
 
 PYTHON = """\
@@ -42,7 +65,8 @@ def run_or_exit(command, **options):
 
 
 def build_now(folder):
-    run_or_exit(["cmake", "--preset", "native64", "-B", folder, "-DKORV_BUILD_TESTS=OFF"], cwd=ROOT)
+    run_or_exit(["cmake", "--preset", "native64", "-B", folder, "-DKORV_BUILD_TESTS=OFF"],
+                cwd=ROOT)
     run_or_exit(["cmake", "--build", folder, "--target", "korv-mask-program", "bench_batch"])
 
 
@@ -124,6 +148,44 @@ def row(label, peer, ours, peer_time, unit):
             "literal": None, "peer_time": peer_time, "ratio": peer_time / ours}
 
 
+def python_ff3(build):
+    """Nanoseconds for FF3 of 9 digits by the package ff3, in an environment of its own."""
+    python = build / "venv/bin/python"
+    if not python.exists():
+        run_or_exit([sys.executable, "-m", "venv", build / "venv"])
+    run_or_exit([python, "-m", "pip", "install", "--quiet", "ff3==1.0.3"])
+    return float(run_or_exit([python, "-c", PYTHON_FF3]))
+
+
+def pgcrypto_hmac():
+    """Nanoseconds for HMAC-SHA-256 of an address by PostgreSQL, in a cluster for this run."""
+    done = subprocess.run(["pg_virtualenv", "-t", "psql", "-XAtq", "-v", "ON_ERROR_STOP=1"],
+                          input=PGCRYPTO, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          text=True, check=False)
+    time_line = re.search(r"Time: ([0-9.]+) ms", done.stdout)
+    if done.returncode or not time_line:
+        raise SystemExit(done.stdout)
+    return float(time_line[1]) * 1e6 / 200000
+
+
+def batches(build, now):
+    """The rows of single values in batches."""
+    lines = run_or_exit([now / "bin/bench_batch", now / "lib/bench-providers"]).splitlines()
+    times = {name: float(time) for time, name in (line.split(" ", 1) for line in lines)}
+    result = []
+    for name, time in times.items():
+        limit = BATCH_LIMITS.get(name)
+        if limit:
+            result.append(row(f"{name}, a value", f"{limit:.0f} ns", time, limit, "ns"))
+        else:
+            print(f"{FUNCTION}: {name}: {time:,.0f} ns a value", file=sys.stderr)
+    result.append(row("FF1 of 9 digits, a value", "Python ff3", times["FF1 of 9 digits"],
+                      python_ff3(build), "ns"))
+    result.append(row("EML pseudonym, a value", "pgcrypto hmac", times["EML pseudonym"],
+                      pgcrypto_hmac(), "ns"))
+    return result
+
+
 def splitters(source):
     """Programs that split and join the columns of a file, as far as they are installed."""
     commands = {"mawk": ["mawk", "-F,", "-v", "OFS=,", "{ $1 = $1; print }", source],
@@ -137,7 +199,7 @@ def rows(build):
     now, before = build / "now", build_before(build / "before")
     build_now(now)
     program = now / "bin/korv-mask"
-    batch = float(run_or_exit([now / "bin/bench_batch", now / "lib/bench-providers"]))
+    batch_rows = batches(build, now)
     with tempfile.TemporaryDirectory(prefix="korv-bench-") as name:
         folder = pathlib.Path(name)
         source = folder / "customers.csv"
@@ -147,6 +209,8 @@ def rows(build):
         rules = {"six": SIX_RULES, "keep": "* = KEEP\n", "none": "# no rule\n"}
         for rule, text in rules.items():
             (folder / f"{rule}.txt").write_text(text, encoding="utf-8")
+            former = re.sub(r"method=\w+, ", "", text)
+            (folder / f"{rule}.before.txt").write_text(former, encoding="utf-8")
         report = ["--report", folder / "report"]
 
         def new(rule, jobs):
@@ -154,7 +218,7 @@ def rows(build):
                     "--keep-unlisted", *report]
 
         def old(rule):
-            return [before, source, "--rules", folder / f"{rule}.txt", *report]
+            return [before, source, "--rules", folder / f"{rule}.before.txt", *report]
 
         times = interleaved({"six": new("six", 1), "six before": old("six"),
                              "keep": new("keep", 1), "keep before": old("none"),
@@ -169,8 +233,7 @@ def rows(build):
     result = [row("six rules", "former program", per_row["six"], per_row["six before"], "ns"),
               row("KEEP", "former program", per_row["keep"], per_row["keep before"], "ns"),
               row("six rules, 2 jobs", "1 job", per_row["six, 2 jobs"], per_row["six"], "ns"),
-              row("empty provider, a value", "40 ns", batch, BATCH_LIMIT, "ns"),
               row("memory, 100 MB", "64 MiB", small, MEMORY_LIMIT, "KiB"),
-              row("memory, 1 GB", "that of 100 MB", large, small, "KiB")]
+              row("memory, 1 GB", "that of 100 MB", large, small, "KiB"), *batch_rows]
     result += [row("KEEP", who, per_row["keep"], per_row[who], "ns") for who in splitters(source)]
     return result

@@ -22,6 +22,6 @@ __attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void);
 
 const PrvEntry* KorvProviderEntry(void) {
     static const PrvEntry entry = {PRV_INTERFACE_VERSION, "EMPTY", 0, 0, 0, 0, openRule, maskValue,
-                                   closeRule, 0, 0, 0, 0, 0};
+                                   closeRule, 0, 0, 0, 0, 0, 0, 0};
     return &entry;
 }
