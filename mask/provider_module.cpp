@@ -79,17 +79,14 @@ bool othersMayWrite(const struct stat& status) {
 }
 
 // Whoever may write the file could run code here.
-void checkWriters(const std::string& path) {
-    const std::string folder = path.substr(0, path.rfind('/'));
-    for (const std::string& name : {path, folder}) {
-        struct stat status;
-        if (::stat(name.c_str(), &status) != 0) {
-            throw MaskError(KORV_MASK_BAD_PROVIDER, name + ": " + std::strerror(errno));
-        }
-        if (othersMayWrite(status)) {
-            throw MaskError(KORV_MASK_BAD_PROVIDER,
-                            name + ": other users may write it, so " + path + " is not loaded");
-        }
+void checkWriters(const std::string& path, const std::string& module) {
+    struct stat status;
+    if (::stat(path.c_str(), &status) != 0) {
+        throw MaskError(KORV_MASK_BAD_PROVIDER, path + ": " + std::strerror(errno));
+    }
+    if (othersMayWrite(status)) {
+        throw MaskError(KORV_MASK_BAD_PROVIDER,
+                        path + ": other users may write it, so " + module + " is not loaded");
     }
 }
 
@@ -219,7 +216,8 @@ ProviderModules::ProviderModules(std::vector<std::string> folders) : folders_(st
 }
 
 const ProviderModule& ProviderModules::load(const std::string& name, const std::string& path) {
-    checkWriters(path);
+    checkWriters(path, path);
+    checkWriters(path.substr(0, path.rfind('/')), path);
     ProviderModule module = {name, path, nullptr, nullptr};
     module.handle.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (module.handle == nullptr) {
@@ -249,9 +247,9 @@ const ProviderModule& ProviderModules::load(const Rules& rules, const Rule& rule
     }
     std::string searched;
     for (const std::string& folder : folders_) {
-        const std::string file = inLowerCase(name) + std::string(kSuffix);
-        for (const std::string& path :
-             {folder + "/" + std::string(kPrefix) + file, folder + "/" + file}) {
+        for (const std::string_view prefix : {kPrefix, std::string_view()}) {
+            std::string path = folder;
+            path.append("/").append(prefix).append(inLowerCase(name)).append(kSuffix);
             if (::access(path.c_str(), F_OK) != 0) continue;
             try {
                 return load(name, path);

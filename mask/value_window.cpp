@@ -10,8 +10,7 @@ namespace mask {
 
 namespace {
 
-bool isScalar(wchar_t c) {
-    const auto scalar = static_cast<uint32_t>(c);
+bool isScalar(uint32_t scalar) {
     return scalar != 0 && scalar < 0x110000 && (scalar < 0xD800 || scalar > 0xDFFF);
 }
 

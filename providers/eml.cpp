@@ -210,7 +210,7 @@ class Transposition {
         if (case_ == Case::lower) provider::lower(text);
         if (case_ == Case::upper) provider::upper(text);
         for (int32_t i = prefix_; i < user; ++i) {
-            const auto c = static_cast<uint32_t>(text.data[i]);
+            const auto c = codeOf(text.data[i]);
             text.data[i] = i < kKnownSteps && c < 128 ? static_cast<Char>(ascii_[i][c])
                                                       : other(text.data[i], Step(key_, i));
         }
@@ -224,6 +224,9 @@ class Transposition {
 
   private:
     static constexpr int32_t kKnownSteps = 64;
+
+    static uint32_t codeOf(char c) { return static_cast<unsigned char>(c); }
+    static uint32_t codeOf(wchar_t c) { return static_cast<uint32_t>(c); }
 
     // Letters become letters and digits digits; any other ASCII character, such as a dot, stays.
     template <typename Char>

@@ -125,6 +125,8 @@ __attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void) {
         promises,
         sampleRules,
         sizeof sampleRules / sizeof *sampleRules,
+        NULL, /* methods: there is one way to mask, and it has no secret */
+        0,
     };
     return &entry;
 }

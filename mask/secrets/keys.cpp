@@ -19,7 +19,7 @@ struct FreeKdf {
 };
 
 // Without a salt.
-void hkdf(std::span<const uint8_t> secret, std::string info, std::span<uint8_t> result) {
+void hkdf(std::span<const uint8_t> secret, const std::string& info, std::span<uint8_t> result) {
     const std::unique_ptr<EVP_KDF, FreeKdf> kdf(EVP_KDF_fetch(nullptr, "HKDF", nullptr));
     const std::unique_ptr<EVP_KDF_CTX, FreeKdf> context(EVP_KDF_CTX_new(kdf.get()));
     char digest[] = "SHA256";
@@ -27,7 +27,8 @@ void hkdf(std::span<const uint8_t> secret, std::string info, std::span<uint8_t> 
         OSSL_PARAM_construct_utf8_string(OSSL_KDF_PARAM_DIGEST, digest, 0),
         OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_KEY, const_cast<uint8_t*>(secret.data()),
                                           secret.size()),
-        OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_INFO, info.data(), info.size()),
+        OSSL_PARAM_construct_octet_string(OSSL_KDF_PARAM_INFO, const_cast<char*>(info.data()),
+                                          info.size()),
         OSSL_PARAM_construct_end(),
     };
     if (context == nullptr ||

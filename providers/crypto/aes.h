@@ -44,7 +44,7 @@ class RandomNumbers {
 
     Aes aes_;
     uint64_t counter_ = 0;
-    uint8_t stream_[kBlocks * kBlock];
+    uint8_t stream_[kBlocks * kBlock] = {};
     size_t used_ = sizeof stream_;
 };
 

@@ -14,13 +14,10 @@ namespace {
 
 constexpr uint32_t kRounds = 10;
 
-// radix^exponent, or 0 when it is above 2^32.
-uint64_t smallPower(uint32_t radix, uint32_t exponent) {
+// radix^exponent, or more than 2^32 when it is more.
+uint64_t powerOf(uint64_t radix, uint32_t exponent) {
     uint64_t power = 1;
-    for (uint32_t i = 0; i < exponent; ++i) {
-        power *= radix;
-        if (power > uint64_t{1} << 32) return 0;
-    }
+    for (uint32_t i = 0; i < exponent && power <= uint64_t{1} << 32; ++i) power *= radix;
     return power;
 }
 
@@ -48,7 +45,7 @@ void mix(uint8_t* block, std::string_view tweak, size_t from) {
 Ff1::Ff1(std::span<const uint8_t> key, uint32_t radix) : aes_(key), radix_(radix) {}
 
 bool Ff1::isSmall(uint32_t numerals) const {
-    return numerals >= 2 && smallPower(radix_, numerals - numerals / 2) != 0;
+    return numerals >= 2 && powerOf(radix_, numerals - numerals / 2) <= uint64_t{1} << 32;
 }
 
 // The block P of the standard.
@@ -99,8 +96,8 @@ void Ff1::startLanes(std::span<const Job> jobs, uint32_t numerals, size_t bytes)
 
 void Ff1::run(std::span<Job> jobs, uint32_t numerals, Direction direction) const {
     const uint32_t leftNumerals = numerals / 2;
-    const uint64_t leftPower = smallPower(radix_, leftNumerals);
-    const uint64_t rightPower = smallPower(radix_, numerals - leftNumerals);
+    const uint64_t leftPower = powerOf(radix_, leftNumerals);
+    const uint64_t rightPower = powerOf(radix_, numerals - leftNumerals);
     const size_t bytes = bytesBelow(rightPower);  // at most 4, so that 8 bytes of a block are added
     startLanes(jobs, numerals, bytes);
     for (size_t i = 0; i < jobs.size(); ++i) {

@@ -33,7 +33,7 @@ Permutation::Permutation(std::span<const uint8_t>) : decimal_({}, 10), binary_({
 ShuffledTables::ShuffledTables(std::span<const uint8_t>) : hash_({}) {
     std::abort();
 }
-Ff1::Ff1(std::span<const uint8_t>, uint32_t) : aes_({}) {
+Ff1::Ff1(std::span<const uint8_t>, uint32_t) : aes_({}), radix_(0) {
     std::abort();
 }
 void Permutation::run(std::span<Permuted>, Direction) const {

@@ -99,11 +99,11 @@ std::unique_ptr<ByteSource> openUtf16(FileSource& file, bool bigEndian) {
 
 }  // namespace
 
-CodePageSource::CodePageSource(ByteSource& source, uint32_t codePage, std::string name,
+CodePageSource::CodePageSource(ByteSource& source, uint32_t codePage, const std::string& name,
                                size_t chunkSize, size_t longestLine)
     : source_(source),
       options_{{}, codePage, 0},
-      name_(std::move(name)),
+      name_(name),
       longestLine_(std::max<size_t>(longestLine, 1)),
       bytes_(std::clamp<size_t>(chunkSize, 1, longestLine_)) {
     // LF in ASCII, NEL and LF in EBCDIC.

@@ -19,7 +19,7 @@ class CodePageSource : public ConvertedSource {
     static constexpr size_t kLongestLine = 8 * 1024 * 1024;
 
     // `name` is what messages call the code page. Throws ToolError when it cannot be converted.
-    CodePageSource(ByteSource& source, uint32_t codePage, std::string name,
+    CodePageSource(ByteSource& source, uint32_t codePage, const std::string& name,
                    size_t chunkSize = kChunkSize, size_t longestLine = kLongestLine);
 
   private:

@@ -49,6 +49,7 @@ MaskHandle open(const Options& options, KorvMaskSettings& settings) {
 
 MaskHandle openMask(const Options& options, const std::vector<std::string>& columns) {
     std::vector<const char*> names;
+    names.reserve(columns.size());
     for (const std::string& column : columns) names.push_back(column.c_str());
     KorvMaskSettings settings = {};
     settings.flags = (options.keepUnlisted ? KORV_MASK_KEEP_UNLISTED : 0) |

@@ -64,7 +64,7 @@ std::string methodsOf(const PrvEntry& entry, bool isShort) {
     }
     if (all.empty()) return {};
     if (isShort) return "method=" + all;
-    const std::string text = keyed.empty() ? "" : "secret=NAME[, method=" + keyed + "]";
+    std::string text = keyed.empty() ? "" : "secret=NAME[, method=" + keyed + "]";
     if (others.empty()) return text;
     return text + (text.empty() ? "" : " or ") + "method=" + others;
 }
