@@ -101,7 +101,7 @@ Column::Column(uint32_t index, std::string name, const Rule& rule, std::unique_p
     }
     description_.scope = choice_.scope.c_str();
     description_.mapping = mapping_.c_str();
-    maskValue_ = unmask ? module.entry->unmask : module.entry->mask;
+    maskValue_ = unmask && module.isVersion2() ? module.entry->unmask : module.entry->mask;
     hasBatches_ = !unmask && module.isVersion2() && module.entry->maskBatch != nullptr;
 }
 

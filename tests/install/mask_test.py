@@ -3,10 +3,11 @@ and provider modules that are built against them."""
 import pathlib
 import re
 
-from installation import (BITS, CC, CONSUMERS, ENGINE, FLAGS, LINKED, SOURCE, InstallationTest,
-                          main)
+from installation import (BITS, BUILD, CC, CONSUMERS, ENGINE, FLAGS, LINKED, SOURCE,
+                          InstallationTest, main)
 
 TEMPLATE = SOURCE / "examples/provider_template"
+HAS_LIBCRYPTO = "KORV_LIBCRYPTO_LINKS:INTERNAL=1" in (BUILD / "CMakeCache.txt").read_text()
 
 
 class ProgramTest(InstallationTest):
@@ -16,12 +17,24 @@ class ProgramTest(InstallationTest):
 
     def check_demo(self, prefix):
         data = prefix / "share/doc/korv-support/examples/data"
+        rules = (SOURCE / "tests/korv-mask/disguises.txt").read_text(encoding="utf-8")
+        (self.folder / "disguises.txt").write_text(rules.replace("file=", f"file={data}/"),
+                                                   encoding="utf-8")
         # Exit status 1: some of the demo's values cannot be masked, on purpose.
-        self.run_command(prefix / "bin/korv-mask", "--rules", data / "rules.txt",
+        self.run_command(prefix / "bin/korv-mask", "--rules", "disguises.txt",
                          data / "customers.csv", "--output", "out.csv", "--report", "report.txt",
                          status=1)
         stored = SOURCE / "tests/korv-mask/customers.masked.csv"
         self.assertEqual(stored.read_bytes(), (self.folder / "out.csv").read_bytes())
+
+        secrets = self.folder / "secrets.txt"
+        secrets.touch(0o600)
+        secrets.write_text(self.run_command(prefix / "bin/korv-mask", "--new-secret", "demo"))
+        if HAS_LIBCRYPTO:
+            self.run_command(prefix / "bin/korv-mask", "--rules", data / "rules.txt", "--secrets",
+                             secrets, data / "customers.csv", "--output", "strong.csv",
+                             "--report", "report.txt", status=1)
+            self.assertEqual(16 + 1, (self.folder / "report.txt").read_text().count("\n"))
 
     def test_it_masks_the_installed_records(self):
         self.check_demo(self.prefix)

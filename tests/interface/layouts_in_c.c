@@ -259,7 +259,7 @@ static const struct {
     AT(OdbcTimestamp, second, 10, 10),
     AT(OdbcTimestamp, fraction, 12, 12),
 
-    SIZE(KorvMaskSettings, 32, 56),
+    SIZE(KorvMaskSettings, 44, 80),
     AT(KorvMaskSettings, size, 0, 0),
     AT(KorvMaskSettings, flags, 4, 8),
     AT(KorvMaskSettings, columnCount, 8, 12),
@@ -268,8 +268,16 @@ static const struct {
     AT(KorvMaskSettings, rulesFile, 20, 32),
     AT(KorvMaskSettings, folders, 24, 40),
     AT(KorvMaskSettings, folderCount, 28, 48),
+    AT(KorvMaskSettings, secrets, 32, 56),
+    AT(KorvMaskSettings, secretCount, 36, 64),
+    AT(KorvMaskSettings, secretsFile, 40, 72),
 
-    SIZE(KorvMaskColumn, 44, 72),
+    SIZE(KorvMaskSecret, 12, 24),
+    AT(KorvMaskSecret, name, 0, 0),
+    AT(KorvMaskSecret, bytes, 4, 8),
+    AT(KorvMaskSecret, length, 8, 16),
+
+    SIZE(KorvMaskColumn, 68, 120),
     AT(KorvMaskColumn, name, 0, 0),
     AT(KorvMaskColumn, actionName, 4, 8),
     AT(KorvMaskColumn, action, 8, 16),
@@ -281,6 +289,12 @@ static const struct {
     AT(KorvMaskColumn, module, 32, 48),
     AT(KorvMaskColumn, files, 36, 56),
     AT(KorvMaskColumn, fileCount, 40, 64),
+    AT(KorvMaskColumn, method, 44, 72),
+    AT(KorvMaskColumn, isDisguise, 48, 80),
+    AT(KorvMaskColumn, secret, 52, 88),
+    AT(KorvMaskColumn, fingerprint, 56, 96),
+    AT(KorvMaskColumn, scope, 60, 104),
+    AT(KorvMaskColumn, mapping, 64, 112),
 
     SIZE(KorvMaskProvider, 12, 24),
     AT(KorvMaskProvider, name, 0, 0),
@@ -332,7 +346,7 @@ static const struct {
     AT(KorvMaskRecord, tokens, 40, 48),
     AT(KorvMaskRecord, tokenCount, 44, 56),
 
-    SIZE(PrvCall, 36, 64),
+    SIZE(PrvCall, 40, 72),
     AT(PrvCall, context, 0, 0),
     AT(PrvCall, block, 4, 8),
     AT(PrvCall, service, 8, 16),
@@ -342,6 +356,7 @@ static const struct {
     AT(PrvCall, keyLength, 24, 48),
     AT(PrvCall, reserved1, 28, 52),
     AT(PrvCall, related, 32, 56),
+    AT(PrvCall, method, 36, 64),
 
     SIZE(PrvOperand, 20, 24),
     AT(PrvOperand, key, 0, 0),
@@ -355,7 +370,7 @@ static const struct {
     AT(PrvErrorText, code, 0, 0),
     AT(PrvErrorText, text, 4, 8),
 
-    SIZE(PrvEntry, 56, 112),
+    SIZE(PrvEntry, 64, 128),
     AT(PrvEntry, interfaceVersion, 0, 0),
     AT(PrvEntry, name, 4, 8),
     AT(PrvEntry, operands, 8, 16),
@@ -370,6 +385,12 @@ static const struct {
     AT(PrvEntry, promises, 44, 88),
     AT(PrvEntry, sampleRules, 48, 96),
     AT(PrvEntry, sampleRuleCount, 52, 104),
+    AT(PrvEntry, methods, 56, 112),
+    AT(PrvEntry, methodCount, 60, 120),
+
+    SIZE(PrvMethod, 8, 16),
+    AT(PrvMethod, name, 0, 0),
+    AT(PrvMethod, flags, 4, 8),
 
     SIZE(OprDefI, 72, 96),
     SIZE(OprDefX, 72, 96),

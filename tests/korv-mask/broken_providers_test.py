@@ -103,7 +103,8 @@ class BrokenProvidersTest(CommandTest):
 
     def test_good_providers_pass_when_they_are_verified(self):
         self.assert_masked("A,B\nba,4111115467961474\n",
-                           "A,B\nab,4111111111111111\n", "A = AFF\nB = CCN, key=17",
+                           "A,B\nab,4111111111111111\n",
+                           "A = AFF, method=shuffle\nB = CCN, method=transpose, key=17",
                            "--verify-providers")
 
     def test_an_overrun_ends_the_run(self):

@@ -2,6 +2,8 @@
 
 Arguments: the program, the root of the sources, the folder of the build's libraries, a step for
 tests that go through many cases; then names of single tests, if not all are to run."""
+import atexit
+import functools
 import json
 import os
 import shutil
@@ -28,6 +30,27 @@ def read(path):
         return file.read()
 
 
+@functools.cache
+def demo_rules():
+    """The path of rules for the demo's records that need no secret, beside the files they name."""
+    folder = tempfile.mkdtemp(prefix="korv-mask_")
+    atexit.register(shutil.rmtree, folder)
+    for name in ("cities.txt", "first_names.txt"):
+        shutil.copy(os.path.join(DATA, name), folder)
+    return shutil.copy(os.path.join(HERE, "disguises.txt"), folder)
+
+
+@functools.cache
+def has_secrets():
+    """Whether rules with a secret work: they need libcrypto."""
+    with tempfile.TemporaryDirectory(prefix="korv-mask_") as folder:
+        with open(os.path.join(folder, "rules.txt"), "wb") as file:
+            file.write(b"A = AFF, secret=test\n")
+        result = subprocess.run([PROGRAM, "-r", "rules.txt", "--check"], input=b"A\n", cwd=folder,
+                                capture_output=True, check=False, timeout=TIMEOUT)
+    return b"libcrypto" not in result.stderr
+
+
 class CommandTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="korv-mask_")
@@ -40,6 +63,14 @@ class CommandTest(unittest.TestCase):
         with open(self.path(name), "wb") as file:
             file.write(contents if isinstance(contents, bytes) else contents.encode())
         return self.path(name)
+
+    def write_secrets(self, contents, name="secrets.txt"):
+        """Writes a secrets file. Skips the test where the program has no cryptography."""
+        path = self.write(name, contents)
+        os.chmod(path, 0o600)
+        if not has_secrets():
+            self.skipTest("the program is built without libcrypto")
+        return path
 
     def contents(self, name):
         """The contents of a file, or None where there is none."""

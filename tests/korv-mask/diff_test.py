@@ -5,7 +5,7 @@ ROWS = ("ID,NAME,CARD,CITY\n"
         "7719,Peter Übel,4556 7375 8689 9855,Entenhausen\n"
         "7720,Zoë,4111,Gänseburg\n"
         "7721,Tick,4556737586899855,\n")
-RULES = "ID = KEEP\nNAME = AFF, method=reverse\nCARD = CCN, key=17\nCITY = DROP\n"
+RULES = "ID = KEEP\nNAME = AFF, method=reverse\nCARD = CCN, method=transpose, key=17\nCITY = DROP\n"
 CLEAR = ["7719", "Peter", "Übel", "4556 7375 8689 9855", "Entenhausen"]
 
 

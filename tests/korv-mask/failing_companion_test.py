@@ -30,7 +30,7 @@ class FailingCompanionTest(SampleTest):
             self.fail_each("+", jobs)
 
     def test_conversions_of_the_input_fail(self):
-        rules = self.write("rules.txt", "CARD = CCN, key=17\n")
+        rules = self.write("rules.txt", "CARD = CCN, method=transpose, key=17\n")
         for contents, encoding in ((sample().decode().encode("utf-16"), ()),
                                    (sample().decode().encode("latin-1", "replace"),
                                     ("--encoding", "ISO-8859-1"))):

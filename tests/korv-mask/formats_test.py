@@ -27,12 +27,14 @@ class DelimiterTest(CommandTest):
         """Fault 7: the message of a file with another delimiter did not say what to do."""
         for character, shown in ((";", "';'"), ("\t", ""), ("|", "'|'")):
             rows = "ID,CARD\n1,4111111111111111\n".replace(",", character)
-            run = self.assert_not_run("no column CARD", rows, "CARD = CCN, key=1\nID = KEEP\n")
+            run = self.assert_not_run("no column CARD", rows,
+                                      "CARD = CCN, method=transpose, key=1\nID = KEEP\n")
             self.assertIn("ID" + character.replace("\t", ""), run.messages.replace("\t", ""))
             self.assertIn("--delimiter " + shown, run.messages)
 
     def test_no_hint_where_another_delimiter_would_not_help(self):
-        run = self.assert_not_run("no column CARD", "ID,PHONE\n1,2\n", "CARD = AFF\n* = KEEP")
+        run = self.assert_not_run("no column CARD", "ID,PHONE\n1,2\n",
+                                  "CARD = AFF, method=shuffle\n* = KEEP")
         self.assertNotIn("--delimiter", run.messages)
 
 
@@ -44,22 +46,25 @@ class NoHeaderTest(CommandTest):
         self.assertEqual(["@1", "@2"], [column["name"] for column in run.summary["columns"]])
 
     def test_rows_and_lines_are_counted_from_the_first(self):
-        run = self.mask("77,1\n", "@1 = CCN, key=1\n* = KEEP", "--no-header", expect=1)
+        run = self.mask("77,1\n", "@1 = CCN, method=transpose, key=1\n* = KEEP", "--no-header",
+                        expect=1)
         self.assertRegex(run.report, r"\Ain\.csv:1: row 1, column @1: CCN error 2")
 
     def test_names_fit_no_column(self):
-        self.assert_not_run(r"rules\.txt:1:1: ", "A\nab\n", "A = AFF", "--no-header")
+        self.assert_not_run(r"rules\.txt:1:1: ", "A\nab\n", "A = AFF, method=shuffle",
+                            "--no-header")
 
     def test_columns_without_a_rule_are_errors_as_elsewhere(self):
-        self.assert_not_run("@2", "ab,1\n", "@1 = AFF", "--no-header")
-        self.assert_masked("ba,1\n", "ab,1\n", "@1 = AFF", "--no-header", "--keep-unlisted")
+        self.assert_not_run("@2", "ab,1\n", "@1 = AFF, method=shuffle", "--no-header")
+        self.assert_masked("ba,1\n", "ab,1\n", "@1 = AFF, method=shuffle", "--no-header",
+                           "--keep-unlisted")
 
     def test_the_first_row_says_how_many_fields_there_are(self):
         self.assertRegex(self.mask("a,b\nc\n", "* = KEEP", "--no-header", expect=2).messages,
                          r"\Ain\.csv:2:1: the row has 1 field ")
 
     def test_a_byte_order_mark_stays(self):
-        self.assert_masked("\ufeffba\n", "\ufeffab\n", "@1 = AFF", "--no-header")
+        self.assert_masked("\ufeffba\n", "\ufeffab\n", "@1 = AFF, method=shuffle", "--no-header")
 
 
 class NullTest(CommandTest):
@@ -144,13 +149,13 @@ class BlankLinesTest(CommandTest):
 
     def test_an_emptied_field_alone_in_its_row_stays_a_row(self):
         """Fault 1: the row of a failed value vanished from a file of one column."""
-        run = self.mask("A\n1\nx", "A = NID, key=5", expect=1)
+        run = self.mask("A\n1\nx", "A = NID, method=transpose, key=5", expect=1)
         self.assertRegex(run.out, rb'\AA\n\d\n""\Z')
         self.assertEqual((2, 2), (run.summary["rows_in"], run.summary["rows_out"]))
 
     def test_a_null_alone_in_its_row_stays_a_row(self):
         self.assert_masked('A\n""\n""\n', "A\nx\ny\n", "A = NULL")
-        run = self.mask("A\nx\n1\n", "A = NID, key=5, on-error=null", expect=1)
+        run = self.mask("A\nx\n1\n", "A = NID, method=transpose, key=5, on-error=null", expect=1)
         self.assertRegex(run.out, rb'\AA\n""\n\d\n\Z')
         run = self.mask('A\nx\n', "A = CONST, \"value=\"")
         self.assertIn((run.status, run.out), ((0, b'A\n""\n'), (2, None)))

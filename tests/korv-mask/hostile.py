@@ -3,9 +3,9 @@ import os
 import subprocess
 import tempfile
 
-from command import DATA, LIBRARIES, PROGRAM, TIMEOUT, CommandTest, read
+from command import LIBRARIES, PROGRAM, TIMEOUT, CommandTest, demo_rules, read
 
-RULES = os.path.join(DATA, "rules.txt")
+RULES = demo_rules()
 OLD = b"what was there before\n"
 
 # These tests make thousands of files: rather in memory.

@@ -35,8 +35,8 @@ ROWS = ("ID,CARD,NAME,\"%s\",CITY\n" % HOSTILE_NAME +
         "7719,4556737586899855,Petrosilius,Zwackelmann,Entenhausen\n" +
         "7720,4111-2222,Xaverl,Zwackelmann,Gansbach\n" +
         "7721,,Xaverl,Zwackelmann,Gansbach\n")
-RULES = ("ID = KEEP\nCARD = CCN, key=17\nNAME = AFF, method=reverse\n@4 = AFF\n"
-         "CITY = DROP\n")
+RULES = ("ID = KEEP\nCARD = CCN, method=transpose, key=17\nNAME = AFF, method=reverse\n"
+         "@4 = AFF, method=shuffle\nCITY = DROP\n")
 CLEAR = re.findall(r"[^,\n]{4,}", ROWS.split("\n", 1)[1])
 
 # The colours of bars in html_style.h: light, dark.

@@ -8,7 +8,7 @@ ROWS = ("ID,CARD,NAME,CITY\n"
         "7719,4556737586899855,Petrosilius,Entenhausen\n"
         "7720,4111-2222,Xaverl,Gansbach\n"
         "7721,,Xaverl,Gansbach\n")
-RULES = "ID = KEEP\nCARD = CCN, key=17\nNAME = AFF, method=reverse\nCITY = DROP\n"
+RULES = "ID = KEEP\nCARD = CCN, method=transpose, key=17\nNAME = AFF, method=reverse\nCITY = DROP\n"
 # Elements that have no end.
 VOID = {"meta", "br", "hr", "img", "input", "link", "col", "wbr"}
 
@@ -83,21 +83,21 @@ class HtmlTest(CommandTest):
     def test_texts_are_escaped(self):
         name = '<script>alert("1")</script> & \'x\''
         header = '"' + name.replace('"', '""') + '"'
-        page = self.page(f"{header},B\nab,1\n", "* = KEEP\n@1 = AFF\n", expect=0)
+        page = self.page(f"{header},B\nab,1\n", "* = KEEP\n@1 = AFF, method=shuffle\n", expect=0)
         self.assertNotIn("<script>alert", self.contents_of_page)
         self.assertIn(name, page.text)
         self.assertEqual([], page.open)
 
     def test_names_of_files_are_escaped(self):
         self.write('<b>&"x".csv', "A\nab\n")
-        self.write("rules.txt", "A = AFF\n")
+        self.write("rules.txt", "A = AFF, method=shuffle\n")
         result = self.run_program("-r", "rules.txt", '<b>&"x".csv', "-o", "out.csv", "--html",
                                   "page.html")
         self.assertEqual(0, result.returncode)
         self.assertNotIn(b"<b>&", self.contents("page.html"))
 
     def test_control_characters_do_not_reach_it(self):
-        page = self.page('"\x1b[31m\u202eA\x07"\nab\n', "@1 = AFF", expect=0)
+        page = self.page('"\x1b[31m\u202eA\x07"\nab\n', "@1 = AFF, method=shuffle", expect=0)
         self.assertNotRegex(self.contents_of_page, "[\x00-\x08\x0b-\x1f\x7f\u202e]")
         self.assertEqual([], page.open)
 
@@ -105,13 +105,13 @@ class HtmlTest(CommandTest):
         rows = "ID,CARD\n" + "1,4111111111111111\n2,77\n" * 100000
         pages = set()
         for jobs in ("1", "2", "8"):
-            self.page(rows, "ID = KEEP\nCARD = CCN, key=17", "--jobs", jobs)
+            self.page(rows, "ID = KEEP\nCARD = CCN, method=transpose, key=17", "--jobs", jobs)
             pages.add(self.contents_of_page)
         self.assertEqual(1, len(pages))
         self.assertTrue(re.search(r"100[,.  ]?000", pages.pop()))
 
     def test_a_run_without_failures(self):
-        page = self.page("A\nab\n", "A = AFF", expect=0)
+        page = self.page("A\nab\n", "A = AFF, method=shuffle", expect=0)
         self.assertEqual([], page.open)
 
     def test_a_run_that_does_not_begin_leaves_the_old_page(self):

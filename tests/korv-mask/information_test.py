@@ -19,14 +19,16 @@ class InformationTest(CommandTest):
                        "--diff", "--show-clear", "--keep-unlisted", "--max-errors",
                        "--delimiter", "--encoding", "--no-header", "--null",
                        "--suggest", "--html", "--providers",
-                       "--list-providers", "--verify-providers", "--version", "--progress"):
+                       "--list-providers", "--verify-providers", "--version", "--progress",
+                       "--secrets", "--strict", "--unmask", "--new-secret"):
             self.assertRegex(shown, rf"(?m)(^|\s|,){option}\b", option)
 
     def test_help_explains_the_rules_and_lists_the_providers(self):
         """Fault 7: the help did not say what a rule looks like."""
         shown = self.shown("--help")
-        self.assertRegex(shown, r"(?m)^\s*\w+ += CCN, key=\d+")
-        for name in NAMES + ("KEEP", "DROP", "NULL", "CONST", "on-error"):
+        self.assertRegex(shown, r"(?m)^\s*\w+ += CCN, secret=\w+")
+        for name in NAMES + ("KEEP", "DROP", "NULL", "CONST", "on-error", "unique", "scope",
+                             "method", "KORV_SECRET_NAME"):
             self.assertRegex(shown, rf"\b{name}\b", name)
 
     def test_help_fits_a_terminal(self):
@@ -44,6 +46,15 @@ class InformationTest(CommandTest):
             self.assertRegex(shown, rf"(?m)^\W*{name}\b", name)
         for operand in ("key", "seed", "format", "domain", "country", "method"):
             self.assertRegex(shown, rf"(?i)\b{operand}\b")
+        for name, methods in (
+                ("AFF", "secret=NAME[, method=ff1] or method=shuffle|reverse|number"),
+                ("AGE", "secret=NAME[, method=range] or method=move"),
+                ("CCN", "secret=NAME[, method=ff1] or method=transpose"),
+                ("EML", "secret=NAME[, method=pseudonym|ff1] or method=transpose"),
+                ("HASH", "secret=NAME[, method=pick] or method=seed"),
+                ("LKP", "file=FILE"),
+                ("NID", "secret=NAME[, method=ff1] or method=transpose")):
+            self.assertRegex(shown, rf"(?m)^{name}  {re.escape(methods)}(, |$)")
 
     def test_list_of_providers_of_other_folders(self):
         folder = os.path.join(BROKEN_PROVIDERS, "first")

@@ -6,7 +6,7 @@ from jobs import CHUNK, JobsTest
 
 ROW = "x,4111111111111111\n"
 SHORT = "x,4111\n"
-RULES = "A = KEEP\nB = CCN, key=17"
+RULES = "A = KEEP\nB = CCN, method=transpose, key=17"
 MANY = 2 * CHUNK // len(ROW)  # rows of two chunks
 
 

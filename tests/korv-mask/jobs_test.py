@@ -4,10 +4,11 @@ import random
 import subprocess
 import threading
 
-from command import DATA, PROGRAM, main, read
+from command import DATA, HERE, PROGRAM, main, read
 from jobs import CHUNK, JobsTest, customers
 
-RULES = read(os.path.join(DATA, "rules.txt")).decode()
+STRONG = read(os.path.join(DATA, "rules.txt")).decode()
+DISGUISES = read(os.path.join(HERE, "disguises.txt")).decode()
 
 
 def field(text, quoted):
@@ -16,11 +17,18 @@ def field(text, quoted):
 
 class WorkersTest(JobsTest):
     def test_customers(self):
-        rules = "\n".join(line for line in RULES.splitlines()
+        self.check_customers(DISGUISES, "method=seed, seed=autumn")
+
+    def test_customers_with_a_secret(self):
+        secrets = self.write_secrets("demo = " + "01" * 32 + "\n")
+        self.check_customers(STRONG, "secret=demo", "--secrets", secrets)
+
+    def check_customers(self, rules, of_hash, *arguments):
+        rules = "\n".join(line for line in rules.splitlines()
                           if "file=" not in line and "SEGMENT" not in line)
-        rules += "\nCITY = HASH, seed=autumn, list=A;B;C\n"
+        rules += f"\nCITY = HASH, {of_hash}, list=A;B;C\n"
         rules += '"First Name" = CONST, value=-\n'
-        run = self.assert_same(customers(20000), rules, "--keep-unlisted", expect=1)
+        run = self.assert_same(customers(20000), rules, "--keep-unlisted", *arguments, expect=1)
         self.assertGreater(len(run.out), 3 * CHUNK)
         self.assertEqual((20000, 20000), (run.summary["rows_in"], run.summary["rows_out"]))
         failed = sum(sum(column["failed"].values()) for column in run.summary["columns"])
@@ -37,7 +45,8 @@ class WorkersTest(JobsTest):
 
     def test_streams_give_the_same_as_files(self):
         rows = customers(12000)
-        run = self.mask(rows, "CARD = CCN, key=1", "--keep-unlisted", "--jobs", "1", expect=1)
+        run = self.mask(rows, "CARD = CCN, method=transpose, key=1", "--keep-unlisted", "--jobs",
+                        "1", expect=1)
         for jobs in ("1", "4"):
             # The pipe hands over pieces of any size.
             with subprocess.Popen([PROGRAM, "-r", "rules.txt", "--keep-unlisted", "--jobs", jobs,
@@ -93,31 +102,32 @@ class WorkersTest(JobsTest):
     def test_rows_longer_than_a_chunk(self):
         long = '"' + "z,\n" * CHUNK + '"'
         rows = f"A,B\nx,ab\n{long},cd\ny,ef\n{long},gh\n"
-        run = self.assert_same(rows, "A = KEEP\nB = AFF", expect=0)
+        run = self.assert_same(rows, "A = KEEP\nB = AFF, method=shuffle", expect=0)
         self.assertTrue(run.out.decode() == rows.replace("ab", "ba").replace("cd", "dc")
                         .replace("ef", "fe").replace("gh", "hg"))
         # The value is too long for its provider, which costs the value.
-        run = self.assert_same(rows, "B = KEEP\nA = AFF", expect=1)
+        run = self.assert_same(rows, "B = KEEP\nA = AFF, method=shuffle", expect=1)
         self.assertEqual(4, len(self.lines_of_values(run.report)))
 
     def test_a_last_row_without_an_end_and_a_blank_line_at_the_end(self):
         rows = "A,B\n" + "x,ab\n" * 300000
         for end in ("x,ab", "\n"):
-            run = self.assert_same(rows + end, "A = KEEP\nB = AFF", expect=0)
+            run = self.assert_same(rows + end, "A = KEEP\nB = AFF, method=shuffle", expect=0)
             self.assertTrue(run.out.decode() == (rows + end).replace("ab", "ba"))
 
     def test_utf16(self):
         rows = customers(8000)
-        plain = self.mask(rows, "CARD = CCN, key=1", "--keep-unlisted", expect=1)
-        run = self.assert_same(rows.decode().encode("utf-16"), "CARD = CCN, key=1",
-                               "--keep-unlisted", expect=1)
+        plain = self.mask(rows, "CARD = CCN, method=transpose, key=1", "--keep-unlisted", expect=1)
+        run = self.assert_same(rows.decode().encode("utf-16"),
+                               "CARD = CCN, method=transpose, key=1", "--keep-unlisted", expect=1)
         self.assertTrue(run.out == plain.out)
         self.assertEqual(plain.report, run.report)
 
     def test_the_number_of_workers(self):
         for jobs in ("0", "257", "-1", "x", "", "1.5", "4294967297"):
-            self.assert_not_run("--jobs", "A\nab\n", "A = AFF", "--jobs", jobs)
-        self.assertEqual(b"A\nba\n", self.mask("A\nab\n", "A = AFF", "--jobs", "256", expect=0).out)
+            self.assert_not_run("--jobs", "A\nab\n", "A = AFF, method=shuffle", "--jobs", jobs)
+        run = self.mask("A\nab\n", "A = AFF, method=shuffle", "--jobs", "256", expect=0)
+        self.assertEqual(b"A\nba\n", run.out)
 
 
 main()

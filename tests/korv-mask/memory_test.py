@@ -4,10 +4,10 @@ import select
 import subprocess
 import sys
 
-from command import DATA, PROGRAM, CommandTest, main, read
+from command import DATA, PROGRAM, CommandTest, demo_rules, main, read
 
 LIMIT = 64 * 1024  # KiB, for two workers
-RULES = ("-r", os.path.join(DATA, "rules.txt"), "--keep-unlisted", "--jobs", "2")
+RULES = ("-r", demo_rules(), "--keep-unlisted", "--jobs", "2")
 # A small program between, whose own size does not count.
 MEASURE = """
 import resource, subprocess, sys
@@ -34,14 +34,22 @@ class MemoryTest(CommandTest):
                 file.write(ROWS)
         return path
 
-    def test_peak_does_not_follow_the_input(self):
+    def assert_peak_does_not_follow(self, *rules):
         peaks = []
         for times in (200, 1000):
             path = self.repeat_customers(times)
-            peaks.append(self.peak(1, PROGRAM, *RULES, path, "-o", "out.csv", "--report", "report",
+            peaks.append(self.peak(1, PROGRAM, *rules, path, "-o", "out.csv", "--report", "report",
                                    "--summary", "summary", "--html", "page.html"))
         self.assertLess(max(peaks), LIMIT)
         self.assertLess(peaks[1], peaks[0] + 4096)
+
+    def test_peak_does_not_follow_the_input(self):
+        self.assert_peak_does_not_follow(*RULES)
+
+    def test_peak_does_not_follow_the_input_with_a_secret(self):
+        secrets = self.write_secrets("demo = " + "01" * 32 + "\n")
+        self.assert_peak_does_not_follow("-r", os.path.join(DATA, "rules.txt"), "--secrets",
+                                         secrets, "--jobs", "2")
 
     def test_peak_does_not_follow_a_stream(self):
         # The program is the shell's only child of any size.
@@ -66,7 +74,8 @@ class MemoryTest(CommandTest):
         self.assertLess(taken, LIMIT * 1024)
 
     def test_many_failures_do_not_pile_up(self):
-        rules = self.write("rules.txt", "CARD = CCN, key=1\nNAME = AFF\n")
+        rules = self.write("rules.txt", "CARD = CCN, method=transpose, key=1\n"
+                                        "NAME = AFF, method=shuffle\n")
         peaks = []
         for count in (200000, 1000000):
             path = self.write("in.csv", b"CARD,NAME\n" + b"4111,xy\n" * count)
@@ -77,7 +86,7 @@ class MemoryTest(CommandTest):
         self.assertLess(peaks[1], 1.25 * peaks[0])
 
     def test_an_endless_row_does_not_take_all_memory(self):
-        rules = self.write("rules.txt", "ID = AFF\n")
+        rules = self.write("rules.txt", "ID = AFF, method=shuffle\n")
         for row in (b'"' + b"x\n" * 40000000, b"x" * 80000000):
             path = self.write("in.csv", b"ID\n" + row)
             self.assertLess(self.peak(2, PROGRAM, "-r", rules, "--jobs", "2", path), LIMIT)

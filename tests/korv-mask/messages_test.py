@@ -4,7 +4,7 @@ import re
 
 from command import CommandTest, main
 
-RULES = "CARD = CCN, key=17\nID = KEEP\n"
+RULES = "CARD = CCN, method=transpose, key=17\nID = KEEP\n"
 ROWS = "ID,CARD\n1,4111111111111111\n"
 
 
@@ -52,22 +52,30 @@ class MessagesTest(CommandTest):
 
     def test_rules_that_do_not_fit(self):
         self.expect([("rules.txt:1:8: ", "CNC")], rules="CARD = CNC, key=1\nID = KEEP")
-        self.expect([("rules.txt:3:1: ", "no column PHONE")], rules=RULES + "phone = NID, key=1\n")
+        self.expect([("rules.txt:3:1: ", "no column PHONE")],
+                    rules=RULES + "phone = NID, method=transpose, key=1\n")
         self.expect([("rules.txt:1:1: ", "no column card")],
-                    rules='"card" = CCN, key=1\nID = KEEP', arguments=("--keep-unlisted",))
+                    rules='"card" = CCN, method=transpose, key=1\nID = KEEP',
+                    arguments=("--keep-unlisted",))
         self.expect([("rules.txt:1:1: ", "columns are named CARD")], rows="CARD,Card\n",
-                    rules="CARD = CCN, key=1", arguments=("--keep-unlisted",))
-        self.expect([("rules.txt:", "column CARD has a rule")], rules=RULES + "@2 = AFF\n")
-        self.expect([("rules.txt:1:13: ", "CCN has no operand KEYS")],
-                    rules="CARD = CCN, keys=1\nID = KEEP")
-        self.expect([("rules.txt:1:8: ", "CCN needs the operand KEY")],
-                    rules="CARD = CCN\nID = KEEP")
+                    rules="CARD = CCN, method=transpose, key=1", arguments=("--keep-unlisted",))
+        self.expect([("rules.txt:", "column CARD has a rule")],
+                    rules=RULES + "@2 = AFF, method=shuffle\n")
+        self.expect([("rules.txt:1:31: ", "CCN has no operand KEYS")],
+                    rules="CARD = CCN, method=transpose, keys=1\nID = KEEP")
+        self.expect([("rules.txt:1:8: ", "CCN needs a secret or a method", "secret=NAME",
+                      "method=transpose")], rules="CARD = CCN\nID = KEEP")
+        self.expect([("rules.txt:1:8: ", "LKP needs the operand FILE")],
+                    rules="CARD = LKP\nID = KEEP")
         self.expect([("rules.txt:1:5: ", "form COLUMN = ")], rules="CARD")
 
     def test_rules_that_a_provider_refuses(self):
-        self.expect([("rules.txt:1", "AFF error 2, ",
-                      "KORV_TOKID_COLNAME=CARD KORV_TOKID_METHOD=odd")],
-                    rules="CARD = AFF, method=odd\nID = KEEP")
+        self.expect([("rules.txt:1:8: ", "HASH error 1, ",
+                      "KORV_TOKID_COLNAME=CARD KORV_TOKID_HASHSEED_LEN=3")],
+                    rules="CARD = HASH, method=seed, seed=odd, list=a\nID = KEEP")
+        self.expect([("rules.txt:1:8: ", "CCN error 107, ",
+                      "KORV_TOKID_COLNAME=CARD KORV_TOKID_PARMKEY=KEY")],
+                    rules="CARD = CCN, method=transpose\nID = KEEP")
 
     def test_providers_that_are_not_there(self):
         self.expect([("rules.txt:1:8: ", "provider CCN", "nowhere")],
@@ -81,10 +89,11 @@ class MessagesTest(CommandTest):
         self.expect([("rules.txt:1:5: ", "form COLUMN = "),
                      ("rules.txt:4:1: ", "CARD", "line 2"),
                      ("rules.txt:5:5: ", "missing")],
-                    rules="CARD\nCARD = CCN, key=17\n# x\nCARD = CCC\nID =")
-        self.expect([("rules.txt:1:1: ", "no column X"), ("rules.txt:2:8: ", "the operand KEY"),
-                     ("rules.txt:3", "AFF error 2", "KORV_TOKID_COLNAME=ID")],
-                    rules="X = CCN, key=1\nCARD = CCN\nID = AFF, method=odd\n")
+                    rules="CARD\nCARD = CCN, method=transpose, key=17\n# x\nCARD = CCC\nID =")
+        self.expect([("rules.txt:1:1: ", "no column X"), ("rules.txt:2:8: ", "the operand FILE"),
+                     ("rules.txt:3:6: ", "HASH error 1", "KORV_TOKID_COLNAME=ID")],
+                    rules="X = CCN, method=transpose, key=1\nCARD = LKP\n"
+                          "ID = HASH, method=seed, seed=odd, list=a\n")
 
     def test_a_file_without_rules_does_not_fill_the_screen(self):
         self.write("rules.txt", "x\n" * 1000)

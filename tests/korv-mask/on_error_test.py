@@ -16,7 +16,7 @@ class OnErrorTest(CommandTest):
 
     @staticmethod
     def rules(operands):
-        return f"ID = KEEP\nCARD = CCN, key=17{operands}\n"
+        return f"ID = KEEP\nCARD = CCN, method=transpose, key=17{operands}\n"
 
     def expect_failed(self, field, operands, *arguments):
         run = self.mask(ROWS, self.rules(operands), *arguments, expect=1)
@@ -62,12 +62,14 @@ class OnErrorTest(CommandTest):
         self.assertEqual(3, len(run.out.decode().split()))
 
     def test_drop_row_of_all_rows(self):
-        run = self.mask("CARD\n1\n2\n", "CARD = CCN, key=1, on-error=drop-row", expect=1)
+        run = self.mask("CARD\n1\n2\n", "CARD = CCN, method=transpose, key=1, on-error=drop-row",
+                        expect=1)
         self.assertEqual((b"CARD\n", 0), (run.out, run.summary["rows_out"]))
 
     def test_drop_row_where_several_columns_fail(self):
         run = self.mask("A,B\n1,x\n4111111111111111,x\n1,yz\n4111111111111111,yz\n",
-                        "A = CCN, key=17, on-error=drop-row\nB = AFF, on-error=drop-row", expect=1)
+                        "A = CCN, method=transpose, key=17, on-error=drop-row\n"
+                        "B = AFF, method=shuffle, on-error=drop-row", expect=1)
         self.assertEqual(f"A,B\n{MASKED_1},zy\n", run.out.decode())
         self.assertEqual(4, len(self.lines_of_values(run.report)))
         self.assertEqual((4, 1), (run.summary["rows_in"], run.summary["rows_out"]))
@@ -92,7 +94,7 @@ class OnErrorTest(CommandTest):
 
     def test_abort_does_not_matter_where_nothing_fails(self):
         self.assert_masked(f"CARD\n{MASKED_1}\n", "CARD\n4111111111111111\n",
-                           "CARD = CCN, key=17, on-error=abort")
+                           "CARD = CCN, method=transpose, key=17, on-error=abort")
 
     def test_most_failures(self):
         for most, status in (("0", 2), ("1", 2), ("2", 1), ("3", 1)):
@@ -104,12 +106,14 @@ class OnErrorTest(CommandTest):
             self.assert_no_temporary()
 
     def test_no_failure_may_be_the_most(self):
-        self.mask("CARD\n4111111111111111\n", "CARD = CCN, key=17", "--max-errors", "0", expect=0)
+        self.mask("CARD\n4111111111111111\n", "CARD = CCN, method=transpose, key=17",
+                  "--max-errors", "0", expect=0)
 
 
 class UnchangedTest(CommandTest):
     """Fault 4: values that NID and EML leave as they are were silent."""
-    CASES = (("NID, key=1, shift=1", "0416", "5555"), ("EML, key=1", ".@x.example", "a@x.example"))
+    CASES = (("NID, method=transpose, key=1, shift=1", "0416", "5555"),
+             ("EML, method=transpose, key=1", ".@x.example", "a@x.example"))
 
     def test_unchanged_values_are_counted(self):
         for rule, same, other in self.CASES:
@@ -131,8 +135,9 @@ class UnchangedTest(CommandTest):
             self.assertNotIn(same, run.report + run.messages)
 
     def test_unchanged_values_follow_on_error(self):
-        run = self.mask("A\n0416\n0416\n", "A = NID, key=1, shift=1, unchanged=error, "
-                                           "on-error=const, value=-", expect=1)
+        run = self.mask("A\n0416\n0416\n",
+                        "A = NID, method=transpose, key=1, shift=1, unchanged=error, "
+                        "on-error=const, value=-", expect=1)
         self.assertEqual(b"A\n-\n-\n", run.out)
 
 

@@ -79,7 +79,7 @@ class OutputFilesTest(CommandTest):
     def test_a_list_is_a_file_that_is_read(self):
         self.write("names.txt", "Anna\nBernd\n")
         self.given["names.txt"] = "Anna\nBernd\n"
-        self.given["rules.txt"] = "CITY = HASH, seed=autumn, file=names.txt\n"
+        self.given["rules.txt"] = "CITY = HASH, method=seed, seed=autumn, file=names.txt\n"
         self.write("rules.txt", self.given["rules.txt"])
         for option in WRITTEN:
             self.assert_refused(option, "names.txt")

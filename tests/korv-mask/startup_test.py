@@ -17,11 +17,13 @@ class StartupTest(HostileTest):
 
     def test_many_rules_and_columns(self):
         few, many = 500, 4000
-        for rules in (lambda count: "".join(f"COLUMN_{i} = AFF\n" for i in range(count)),
-                      lambda count: "".join(f'"COLUMN_{count - i - 1}" = AFF\n'
+        for rules in (lambda count: "".join(f"COLUMN_{i} = AFF, method=shuffle\n"
                                             for i in range(count)),
-                      lambda count: "".join(f"@{i + 1} = AFF\n" for i in range(count)),
-                      lambda count: "COLUMN_* = AFF\n"):
+                      lambda count: "".join(f'"COLUMN_{count - i - 1}" = AFF, method=shuffle\n'
+                                            for i in range(count)),
+                      lambda count: "".join(f"@{i + 1} = AFF, method=shuffle\n"
+                                            for i in range(count)),
+                      lambda count: "COLUMN_* = AFF, method=shuffle\n"):
             ratio = self.allocations(many, rules) / self.allocations(few, rules)
             self.assertLess(ratio, 1.5 * many / few)
 

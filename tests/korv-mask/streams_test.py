@@ -4,9 +4,9 @@ import pty
 import signal
 import subprocess
 
-from command import DATA, PROGRAM, CommandTest, main, read
+from command import DATA, PROGRAM, CommandTest, demo_rules, main, read
 
-RULES = ["--rules", os.path.join(DATA, "rules.txt"), "--keep-unlisted"]
+RULES = ["--rules", demo_rules(), "--keep-unlisted"]
 CUSTOMERS = os.path.join(DATA, "customers.csv")
 
 
@@ -76,7 +76,7 @@ class StreamsTest(CommandTest):
         self.assert_only_counted(to_file.stderr, 19)
 
     def test_nothing_is_reported_when_all_is_well(self):
-        rules = self.write("rules.txt", "A = AFF\n")
+        rules = self.write("rules.txt", "A = AFF, method=shuffle\n")
         result = self.run_program("-r", rules, "--report", "report", stdin=b"A\nab\n")
         self.assertEqual((0, b"A\nba\n", b""), (result.returncode, result.stdout, result.stderr))
         self.assertEqual(b"", read(self.path("report")))
@@ -109,7 +109,7 @@ class StreamsTest(CommandTest):
         return shown
 
     def test_progress_bar(self):
-        rules = self.write("rules.txt", "* = KEEP\nA = AFF\n")
+        rules = self.write("rules.txt", "* = KEEP\nA = AFF, method=shuffle\n")
         long_input = self.write("long.csv", b"A,B\n" + b"ab," + b"x" * 9000 + b"\n" +
                                 (b"ab," + b"x" * 9000 + b"\n") * 1100)
         short_input = self.write("short.csv", b"A,B\nab,x\n")
@@ -129,7 +129,7 @@ class StreamsTest(CommandTest):
         self.assertIn(b"#", result.stderr)
 
     def test_an_interrupted_run_leaves_no_file(self):
-        rules = self.write("rules.txt", "A = AFF\n")
+        rules = self.write("rules.txt", "A = AFF, method=shuffle\n")
         for jobs in ("1", "4"):
             with subprocess.Popen([PROGRAM, "-r", rules, "--jobs", jobs, "-o",
                                    self.path("out.csv")], stdin=subprocess.PIPE) as process:

@@ -30,17 +30,21 @@ class SuggestTest(CommandTest):
         return found[0].split("=", 1)[1].strip()
 
     def check(self, rules, expect, *arguments):
+        """--check with a secret at hand."""
         self.write("rules.txt", rules)
-        result = self.run_program("-r", "rules.txt", "in.csv", "--check", *arguments)
+        secrets = self.write_secrets("crm = " + "00" * 32 + "\n")
+        result = self.run_program("-r", "rules.txt", "in.csv", "--secrets", secrets, "--check",
+                                  *arguments)
         self.assertEqual(expect, result.returncode, (rules, result.stderr))
         return result
 
     def decided(self, rules):
         """The rules with every question mark replaced."""
         self.write("list.txt", "Anna\nBernd\n")
-        for pattern, decision in ((r"(?m)^([^#].*) = \?", r"\1 = KEEP"), ("key=\\?", "key=7"),
-                                  ("seed=\\?", "seed=autumn"), ("file=\\?", "file=list.txt"),
-                                  ("days=\\?", "days=-9"), (r"format=\?", "format=MM/DD/YYYY")):
+        for pattern, decision in ((r"(?m)^([^#].*) = \?", r"\1 = KEEP"),
+                                  (r"secret=\?", "secret=crm"), (r"file=\?", "file=list.txt"),
+                                  (r"range=\?", "range=-9..9"),
+                                  (r"format=\?", "format=MM/DD/YYYY")):
             rules = re.sub(pattern, decision, rules)
         return rules
 
@@ -76,6 +80,12 @@ class SuggestTest(CommandTest):
         rules = self.suggest(self.customers())
         result = self.check(rules, 2)
         self.assertRegex(result.stderr, rb"rules\.txt:\d+:\d+: .*XYZ")
+        decided = re.sub(r"(?m)^([^#].*) = \?", r"\1 = KEEP", rules)
+        for question in ("secret=?", "range=?"):
+            self.assertIn(question, decided)
+            result = self.check(decided, 2)
+            self.assertRegex(result.stderr.decode(), r"(?m)^rules\.txt:\d+:\d+: ")
+            decided = decided.replace("secret=?", "secret=crm")
         self.check(self.decided(rules), 0)
 
     def test_the_demos_records(self):

@@ -90,7 +90,7 @@ void expectCounts(const std::string& reason) {
 
 TEST(Suggestion, Cards) {
     const ColumnGuess guess = column("X", card);
-    EXPECT_EQ("CCN, key=?", rule(guess));
+    EXPECT_EQ("CCN, secret=?", rule(guess));
     EXPECT_NE(std::string::npos,
               guess.suggestion().reason.find("values are card numbers with a correct check digit"));
     expectCounts(guess.suggestion().reason);
@@ -98,9 +98,9 @@ TEST(Suggestion, Cards) {
 
 TEST(Suggestion, NumbersWithoutTheirCheckDigitAreNotCards) {
     int64_t order = 4000000000000;
-    EXPECT_EQ("NID, key=?",
+    EXPECT_EQ("NID, secret=?",
               rule(column("ORDER", [&](Values&) { return std::to_string(order++); })));
-    EXPECT_EQ("NID, key=?", rule(column("X", [](Values& v) { return "4" + v.digits(15); })));
+    EXPECT_EQ("NID, secret=?", rule(column("X", [](Values& v) { return "4" + v.digits(15); })));
     // 16 digits, and too many or too few of them.
     EXPECT_EQ("?", rule(column("X", [](Values& v) {
                   return withCheckDigit(v.digits(v.below(2) == 0 ? 10 : 19));
@@ -114,7 +114,7 @@ TEST(Suggestion, AFewCardsAreTooFew) {
     for (int i = 0; i < 4; ++i) guess.add(withCheckDigit("4" + values.digits(14)));
     EXPECT_EQ("?", rule(guess));
     guess.add(withCheckDigit("4" + values.digits(14)));
-    EXPECT_EQ("CCN, key=?", rule(guess));
+    EXPECT_EQ("CCN, secret=?", rule(guess));
     ColumnGuess constant("CARD");
     for (int i = 0; i < 1000; ++i) constant.add("4556737586899855");
     EXPECT_EQ("?", rule(constant));
@@ -126,7 +126,7 @@ TEST(Suggestion, AFewCardsAreTooFew) {
 
 TEST(Suggestion, EMails) {
     const ColumnGuess guess = column("CITY", eMail);
-    EXPECT_EQ("EML, key=?", rule(guess));
+    EXPECT_EQ("EML, secret=?", rule(guess));
     expectCounts(guess.suggestion().reason);
     for (const char* other : {"@handle", "user@", "a@b@c.example", "a b@c.example", "user@host",
                               "a@.example", "a@example."}) {
@@ -167,7 +167,8 @@ TEST(Suggestion, DatesOfEachFormat) {
             });
             const bool quoted = format.find_first_of(", ") != format.npos;
             const std::string operand = "format=" + std::string(format);
-            EXPECT_EQ("AGE, days=?, " + (quoted ? '"' + operand + '"' : operand), rule(guess));
+            EXPECT_EQ("AGE, secret=?, range=?, " + (quoted ? '"' + operand + '"' : operand),
+                      rule(guess));
             expectCounts(guess.suggestion().reason);
         }
     }
@@ -179,13 +180,13 @@ TEST(Suggestion, DatesThatFitTwoFormatsMustBeDecided) {
         return written("MM/DD/YYYY", v.between(1930, 2020), v.between(1, 12),
                        v.below(100) == 0 ? 25 : 1);
     });
-    EXPECT_EQ("AGE, days=?, format=?", rule(guess));
+    EXPECT_EQ("AGE, secret=?, range=?, format=?", rule(guess));
     const std::string reason = guess.suggestion().reason;
     EXPECT_NE(reason.npos, reason.find("MM/DD/YYYY, and 9,6")) << reason;
     EXPECT_NE(reason.npos, reason.find("of the form DD/MM/YYYY; write the format that is meant"));
 
     // One date in twenty tells them apart.
-    EXPECT_EQ("AGE, days=?, format=DD-MM-YYYY", rule(column("X", [](Values& v) {
+    EXPECT_EQ("AGE, secret=?, range=?, format=DD-MM-YYYY", rule(column("X", [](Values& v) {
                   return written("DD-MM-YYYY", v.between(1930, 2020), v.between(1, 12),
                                  v.below(20) == 0 ? 25 : v.between(1, 12));
               })));
@@ -199,12 +200,12 @@ TEST(Suggestion, NumbersThatAreNoDates) {
         EXPECT_FALSE(found.starts_with("AGE")) << format;
     }
     // 8 digits that happen to be dates of the years 1000 to 1799.
-    EXPECT_EQ("NID, key=?", rule(column("X", [](Values& v) {
+    EXPECT_EQ("NID, secret=?", rule(column("X", [](Values& v) {
                   return written("YYYYMMDD", v.between(1000, 1799), v.between(1, 12),
                                  v.between(1, 28));
               })));
     EXPECT_EQ(
-        "AGE, days=?, format=YYYY-MM-DD",
+        "AGE, secret=?, range=?, format=YYYY-MM-DD",
         rule(column("X", [](Values& v) { return v.below(2) != 0 ? "9999-12-31" : "1984-05-17"; })));
 }
 
@@ -212,8 +213,8 @@ TEST(Suggestion, TelephoneNumbers) {
     const auto international = [](Values& v) {
         return "+4" + v.digits(1) + " " + v.digits(3) + " " + v.digits(v.between(5, 7));
     };
-    EXPECT_EQ("NID, key=?", rule(column("X", international)));
-    EXPECT_EQ("NID, key=?", rule(column("X", [](Values& v) {
+    EXPECT_EQ("NID, secret=?", rule(column("X", international)));
+    EXPECT_EQ("NID, secret=?", rule(column("X", [](Values& v) {
                   return "(" + v.digits(3) + ") " + v.digits(3) + "-" + v.digits(4);
               })));
     const auto local = [](Values& v) {
@@ -224,7 +225,7 @@ TEST(Suggestion, TelephoneNumbers) {
                              "Telefonnummer", "Mobiltelefon", "téléphone", "TÉLÉPHONE_PORTABLE",
                              "móvil", "cellulare", "telemóvel", "GSM", "komórka", "puhelin"}) {
         const ColumnGuess guess = column(name, local);
-        EXPECT_EQ("NID, key=?", rule(guess)) << name;
+        EXPECT_EQ("NID, secret=?", rule(guess)) << name;
         EXPECT_EQ(0u, guess.suggestion().reason.find("the column's name stands for telephone"));
     }
     EXPECT_EQ("?", rule(column("PHONE", [](Values& v) { return "ext. " + v.digits(3); })));
@@ -244,16 +245,16 @@ TEST(Suggestion, IdentityNumbers) {
         }};
     for (const auto& kind : kinds) {
         const ColumnGuess guess = column("X", kind);
-        EXPECT_EQ("NID, key=?", rule(guess));
+        EXPECT_EQ("NID, secret=?", rule(guess));
         EXPECT_NE(std::string::npos,
                   guess.suggestion().reason.find("have the same layout of digits"));
-        EXPECT_EQ("NID, key=?", rule(column("X", kind, 20)));
+        EXPECT_EQ("NID, secret=?", rule(column("X", kind, 20)));
         EXPECT_EQ("?", rule(column("X", kind, 19)));
     }
     // Of several layouts, but named so.
     for (const char* name : {"ID", "customerId", "Tax ID", "Kontonummer", "Personalausweis", "DNI",
                              "compte", "fødselsnummer"}) {
-        EXPECT_EQ("NID, key=?",
+        EXPECT_EQ("NID, secret=?",
                   rule(column(name, [](Values& v) { return v.digits(v.between(4, 9)); })))
             << name;
     }
@@ -278,7 +279,7 @@ TEST(Suggestion, NamesAndPlacesByTheHeader) {
                                   "Förnamn",   "etternavn"};
     for (const char* name : kNames) {
         const ColumnGuess guess = column(name, personName);
-        EXPECT_EQ("HASH, seed=?, file=?", rule(guess)) << name;
+        EXPECT_EQ("HASH, secret=?, file=?", rule(guess)) << name;
         EXPECT_NE(std::string::npos, guess.suggestion().reason.find("the name of a person"))
             << name;
     }
@@ -289,7 +290,7 @@ TEST(Suggestion, NamesAndPlacesByTheHeader) {
                                    "Város",    "kaupunki",   "Gata"};
     for (const char* name : kPlaces) {
         const ColumnGuess guess = column(name, personName);
-        EXPECT_EQ("HASH, seed=?, file=?", rule(guess)) << name;
+        EXPECT_EQ("HASH, secret=?, file=?", rule(guess)) << name;
         EXPECT_NE(std::string::npos, guess.suggestion().reason.find("stands for a place")) << name;
     }
     for (const char* name : {"X", "SPORT", "NAMED", "VELOCITY", "ADDRESSEE_COUNT", ""}) {
@@ -332,7 +333,7 @@ TEST(SuggestedRules, AreWrittenOneBelowTheOther) {
     EXPECT_EQ(0u, rules.find("# Rules for a.csv, suggested from its header and its first rows.\n"));
     const std::string reason = columns[0].suggestion().reason;
     EXPECT_TRUE(rules.ends_with("\n\n# CARD: " + reason +
-                                "\nCARD = CCN, key=?\n\n# NOTE: there are no rows\nNOTE = ?\n"))
+                                "\nCARD = CCN, secret=?\n\n# NOTE: there are no rows\nNOTE = ?\n"))
         << rules;
 }
 

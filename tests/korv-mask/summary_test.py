@@ -5,23 +5,25 @@ import os
 from command import CommandTest, main
 
 CARDS = "ID,CARD\n1,4111111111111111\n2,5500000000000004\n3,4111\n"
-RULES = "ID = KEEP\nCARD = CCN, key=17\n"
+RULES = "ID = KEEP\nCARD = CCN, method=transpose, key=17\n"
 
 
 class SummaryTest(CommandTest):
     def test_its_form(self):
         """The example of the manual, byte for byte."""
-        run = self.mask("CARD\n4111111111111111\n5500000000000004\n4111\n", "CARD = CCN, key=17",
-                        expect=1)
+        run = self.mask("CARD\n4111111111111111\n5500000000000004\n4111\n",
+                        "CARD = CCN, method=transpose, key=17", expect=1)
         self.assertEqual(
             b'{"format":1,"status":1,"rows_in":3,"rows_out":3,"columns":[{"number":1,"name":"CARD",'
-            b'"action":"CCN","values":3,"nulls":0,"masked":2,"unchanged":0,"failed":{"2":1}}]}',
+            b'"action":"CCN","values":3,"nulls":0,"masked":2,"unchanged":0,"failed":{"2":1},'
+            b'"method":"transpose","disguise":true}]}',
             run.raw_summary.rstrip(b"\n"))
         self.assertLessEqual(run.raw_summary.count(b"\n"), 1)
 
     def test_all_actions(self):
         run = self.mask("A,B,C,D,E\n1,2,3,4,ab\n,,,,\n5,6,7,8,cd\n",
-                        "A = KEEP\nB = DROP\nC = NULL\nD = CONST, value=x\nE = AFF", expect=0)
+                        "A = KEEP\nB = DROP\nC = NULL\nD = CONST, value=x\n"
+                        "E = AFF, method=shuffle", expect=0)
         columns = run.summary["columns"]
         self.assertEqual(
             [(1, "A", "KEEP"), (2, "B", "DROP"), (3, "C", "NULL"), (4, "D", "CONST"),
@@ -38,7 +40,7 @@ class SummaryTest(CommandTest):
 
     def test_failures_by_code(self):
         run = self.mask("C\n4111\n41111111111111111111111\nx\n4111111111111111\n77\n",
-                        "C = CCN, key=1", expect=1)
+                        "C = CCN, method=transpose, key=1", expect=1)
         column = run.summary["columns"][0]
         self.assertEqual({"1": 1, "2": 2, "3": 1}, column["failed"])
         self.assertEqual((5, 1), (column["values"], column["masked"]))
@@ -90,7 +92,7 @@ class EndsEarlyTest(CommandTest):
         for rows, rules, arguments in (
                 (CARDS + "4\n", RULES, ()),
                 (CARDS, RULES, ("--max-errors", "0")),
-                (CARDS, "ID = KEEP\nCARD = CCN, key=17, on-error=abort", ())):
+                (CARDS, "ID = KEEP\nCARD = CCN, method=transpose, key=17, on-error=abort", ())):
             run = self.mask(rows, rules, *arguments, expect=2)
             self.assertIsNone(run.out)
             self.assertEqual(2, run.summary["status"])

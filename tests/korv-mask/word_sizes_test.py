@@ -13,26 +13,41 @@ import tempfile
 import unittest
 
 PROGRAMS = sys.argv[1:3]
-DATA = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "examples", "data")
+HERE = os.path.dirname(os.path.abspath(__file__))
+DATA = os.path.join(HERE, "..", "..", "examples", "data")
 sys.path.insert(0, DATA)
 import make_customers  # noqa: E402
 
 ROWS = 32000  # 5 MB, a dozen chunks
 # Every provider, several of its methods, and every action and policy.
-RULES = (
-    '"First Name" = HASH, seed=autumn, file=first_names.txt\n'
-    'LAST_NAME = AFF, method=reverse, type=wide\n'
-    'EMAIL = EML, key=4711, prefix=1, domain=masked.example\nPHONE = NID, key=5, on-error=null\n'
-    'BIRTH_DATE = AGE, years=-1, days=45, limit=400\nCARD = CCN, key=17\n'
-    'NATIONAL_ID = NID, key=29, country=us, on-error=drop-row\nCITY = LKP, file=cities.txt\n'
-    'ACCOUNT = AFF, method=number, on-error=const, value=-\n'
-    'SIGNUP = AGE, months=1, format=DD.MM.YYYY\nNOTE = COL, method=shuffle\nID = KEEP\n',
-    '"First Name" = AFF\nLAST_NAME = HASH, seed=winter, "list=Müller;Ørsted;佐藤"\n'
-    'EMAIL = EML, key=1, case=keep\nPHONE = NID, key=123456789, shift=9, unchanged=error\n'
-    'BIRTH_DATE = AGE, months=-7\nCARD = CCN, key=999999999, shift=9, prefix=0, strict\n'
-    'NATIONAL_ID = DROP\nCITY = LKP, file=cities.txt, default=Ålesund\nACCOUNT = CCN, key=0\n'
-    'SIGNUP = NULL\nNOTE = CONST, "value=a ""b"", c"\nID = NID, key=7\n'.replace('""', '\\"'),
-)
+RULES = ("""\
+"First Name" = HASH, method=seed, seed=autumn, file=first_names.txt
+LAST_NAME = AFF, method=reverse, type=wide
+EMAIL = EML, method=transpose, key=4711, prefix=1, domain=masked.example
+PHONE = NID, method=transpose, key=5, on-error=null
+BIRTH_DATE = AGE, method=move, years=-1, days=45, limit=400
+CARD = CCN, method=transpose, key=17
+NATIONAL_ID = NID, method=transpose, key=29, country=us, on-error=drop-row
+CITY = LKP, file=cities.txt
+ACCOUNT = AFF, method=number, on-error=const, value=-
+SIGNUP = AGE, method=move, months=1, format=DD.MM.YYYY
+NOTE = COL, method=shuffle
+ID = KEEP
+""", r"""
+"First Name" = AFF, method=shuffle
+LAST_NAME = HASH, method=seed, seed=winter, "list=Müller;Ørsted;佐藤"
+EMAIL = EML, method=transpose, key=1, case=keep
+PHONE = NID, method=transpose, key=123456789, shift=9, unchanged=error
+BIRTH_DATE = AGE, method=move, months=-7
+CARD = CCN, method=transpose, key=999999999, shift=9, prefix=0, strict
+NATIONAL_ID = DROP
+CITY = LKP, file=cities.txt, default=Ålesund
+ACCOUNT = CCN, method=transpose, key=0
+SIGNUP = NULL
+NOTE = CONST, "value=a \"b\", c"
+ID = NID, method=transpose, key=7
+""")
+SECRETS = "demo = " + "5a" * 32 + "\n"
 
 
 def customers():
@@ -88,10 +103,23 @@ class WordSizesTest(unittest.TestCase):
     def test_the_demos_records(self):
         with open(os.path.join(DATA, "customers.csv"), "rb") as file:
             self.write("in.csv", file.read())
-        with open(os.path.join(DATA, "rules.txt"), "rb") as file:
+        with open(os.path.join(HERE, "disguises.txt"), "rb") as file:
             self.write("rules.txt", file.read())
         run = self.assert_same("--keep-unlisted")
         self.assertIn(b"row 17, column CARD", run["report"])
+
+    def test_methods_with_a_secret(self):
+        self.write("in.csv", customers())
+        with open(os.path.join(DATA, "rules.txt"), "rb") as file:
+            self.write("rules.txt", file.read().replace(b"SEGMENT     = KEEP\n", b""))
+        self.write("secrets.txt", SECRETS)
+        os.chmod(os.path.join(self.folder, "secrets.txt"), 0o600)
+        arguments = ("--secrets", "secrets.txt")
+        if any(b"libcrypto" in self.run_one(program, *arguments)["messages"]
+               for program in PROGRAMS):
+            self.skipTest("one of the programs is built without libcrypto")
+        run = self.assert_same(*arguments)
+        self.assertGreater(run["report"].count(b"\n"), 300)
 
     def test_many_records(self):
         self.write("in.csv", customers())

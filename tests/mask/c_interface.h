@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -106,12 +107,21 @@ inline Values unpack(const KorvMaskStrings& strings) {
     return values;
 }
 
-// What is masked, by default one column A with the tests' providers at hand.
+// Rules with secrets need libcrypto.
+#ifdef KORV_HAS_LIBCRYPTO
+inline constexpr bool kHasSecrets = true;
+#else
+inline constexpr bool kHasSecrets = false;
+#endif
+
+// What is masked, by default one column A with the tests' providers and a secret at hand.
 struct Setting {
     std::vector<std::string> columns = {"A"};
     uint32_t flags = 0;
     std::vector<std::string> folders = {KORV_PROVIDERS, KORV_BROKEN_PROVIDERS};
     std::optional<std::string> rulesFile = std::nullopt;
+    std::map<std::string, std::string> secrets = {{"test", "0123456789abcdefghijklmnopqrstuv"}};
+    std::optional<std::string> secretsFile = std::nullopt;
 };
 
 inline std::vector<const char*> pointers(const std::vector<std::string>& texts) {
@@ -136,6 +146,14 @@ class Mask {
         settings.rulesFile = setting.rulesFile ? setting.rulesFile->c_str() : nullptr;
         settings.folders = folders.data();
         settings.folderCount = static_cast<uint32_t>(folders.size());
+        std::vector<KorvMaskSecret> secrets;
+        for (const auto& [name, text] : setting.secrets) {
+            const auto* const bytes = reinterpret_cast<const uint8_t*>(text.data());
+            secrets.push_back({name.c_str(), bytes, static_cast<uint32_t>(text.size())});
+        }
+        settings.secrets = secrets.data();
+        settings.secretCount = static_cast<uint32_t>(secrets.size());
+        settings.secretsFile = setting.secretsFile ? setting.secretsFile->c_str() : nullptr;
         opened = KorvMaskOpen(&settings, &handle);
     }
     ~Mask() { KorvMaskClose(handle); }

@@ -156,7 +156,7 @@ TEST_F(ColumnsTest, ARelatedColumnMustBeThere) {
 
 // COL is AFF by another name.
 TEST_F(ColumnsTest, TheActionIsNamedAsInTheRule) {
-    const Mask mask("A = \"Col\"");
+    const Mask mask("A = \"Col\", method=reverse");
     ASSERT_EQ(KORV_MASK_SUCCESS, mask.opened) << mask.text();
     EXPECT_STREQ("COL", KorvMaskGetColumn(mask.handle, 0)->actionName);
     ASSERT_NE(nullptr, KorvMaskGetProvider(mask.handle, 0));

@@ -1,5 +1,6 @@
 // Memory: what a batch allocates, and what happens when each allocation fails in turn.
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 #include "c_interface.h"
 #include "cxx_heap.h"
@@ -33,7 +34,9 @@ class FailingHeapTest : public EngineTest, public testing::WithParamInterface<He
             modules_.push_back(
                 dlopen((std::string(KORV_BROKEN_PROVIDERS "/") + name).c_str(), RTLD_NOW));
         }
-        modules_.push_back(dlopen(KORV_PROVIDERS "/libkorvprv_ccn.so", RTLD_NOW));
+        for (const char* name : {"libkorvprv_aff.so", "libkorvprv_ccn.so"}) {
+            modules_.push_back(dlopen((std::string(KORV_PROVIDERS "/") + name).c_str(), RTLD_NOW));
+        }
     }
     void TearDown() override {
         resetCounts();
@@ -55,16 +58,25 @@ struct Job {
         settings.rulesFile = file;
         settings.folders = folders;
         settings.folderCount = std::size(folders);
+        settings.secrets = &secret;
+        settings.secretCount = 1;
     }
 
-    const char* names[5] = {"A", "B", "C", "D", "E"};
+    const char* names[6] = {"A", "B", "C", "D", "E", "F"};
     const char* folders[2] = {KORV_PROVIDERS, KORV_BROKEN_PROVIDERS};
+    const uint8_t bytes[16] = {1};
+    const KorvMaskSecret secret = {"test", bytes, sizeof bytes};
     KorvMaskSettings settings = {};
 };
 
 const char* const kRules =
     "# columns\n\nA = FAILS, on-error=const, value=none\nB = APPEND, with=A\n"
-    "\"C\" = CCN, key=12, strict\nD* = VERSION1, key=3\n@5 = COPY, type=wide\n";
+    "\"C\" = CCN, method=transpose, key=12, strict\nD* = VERSION1, key=3\n@5 = COPY, type=wide\n"
+#ifdef KORV_HAS_LIBCRYPTO
+    "F = AFF, secret=test\n";
+#else
+    "F = COPY\n";
+#endif
 
 testing::AssertionResult saysMemory(const KorvMask* mask) {
     std::string text;
@@ -113,6 +125,16 @@ TEST_P(FailingHeapTest, ReadingAFileSurvivesAFailureOfEachAllocation) {
     openWithEveryFailure(GetParam(), Job(nullptr, file.c_str()));
 }
 
+TEST_P(FailingHeapTest, ReadingSecretsSurvivesAFailureOfEachAllocation) {
+    const Folder folder;
+    const std::string file =
+        folder.write("secrets", "crm = 000102030405060708090a0b0c0d0e0f\n# one more\n");
+    chmod(file.c_str(), 0600);
+    Job job(kRules);
+    job.settings.secretsFile = file.c_str();
+    openWithEveryFailure(GetParam(), job);
+}
+
 // The list of faults may end early, but it stays a list of faults.
 TEST_P(FailingHeapTest, WrongRulesSurviveAFailureOfEachAllocation) {
     const Job job("A = FAILS, refuse\nB = COPY\nC = COPY\nD = COPY, odd\nE = NONE\nF = COPY\n");
@@ -152,7 +174,7 @@ TEST_P(FailingHeapTest, ABatchSurvivesAFailureOfEachAllocation) {
     const Values values = {"abc", "one", "äö", kNull, "4556737586899855", "two", "\xFF", "none"};
     const Values plain = {"1", "ä", kNull, "", "5", "6", "7", "8"};
     const Batch source(values), related(plain);
-    for (uint32_t column = 0; column < 5; ++column) {
+    for (uint32_t column = 0; column < std::size(job.names); ++column) {
         Values expected;
         const KorvMaskStrings* other =
             column == 1 ? static_cast<const KorvMaskStrings*>(related) : nullptr;
@@ -220,9 +242,17 @@ TEST_F(AllocationTest, NoValueAllocates) {
             EXPECT_LE(allocationsFor(text, value, 10000), 16u) << rule << " " << value;
         }
     }
-    EXPECT_LE(allocationsFor("A = CCN, key=17", "4556737586899855", 10000), 16u);
-    EXPECT_LE(allocationsFor("A = NID, key=17", "123-45-6789", 10000), 16u);
+    EXPECT_LE(allocationsFor("A = CCN, method=transpose, key=17", "4556737586899855", 10000), 16u);
+    EXPECT_LE(allocationsFor("A = NID, method=transpose, key=17", "123-45-6789", 10000), 16u);
     EXPECT_LE(allocationsFor("A = AFF, method=reverse", "Größe", 10000), 16u);
+    if (!kHasSecrets) GTEST_SKIP() << "without libcrypto: rules with a secret are left out";
+    for (const char* action : {"CCN", "NID", "AFF", "EML", "EML, method=ff1", "AGE, range=-9..9"}) {
+        const std::string rule = "A = " + std::string(action) + ", secret=test";
+        const std::string value = rule[4] == 'E'   ? "john.doe@post.example"
+                                  : rule[5] == 'G' ? "2023-12-31"
+                                                   : "4556737586899855";
+        EXPECT_LE(allocationsFor(rule, value, 10000), 16u) << rule;
+    }
 }
 
 // Opening and closing again and again keeps nothing.

@@ -1,5 +1,6 @@
 // KorvMaskOpen: what it takes, what it refuses, and what is left of a handle that did not open.
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 
 #include "c_interface.h"
@@ -49,10 +50,13 @@ TEST_F(OpenTest, TheArgumentsMustBeThere) {
     EXPECT_EQ(KORV_MASK_SUCCESS, open(settings));
 }
 
+// Words of the settings as they were in version 1.
+constexpr size_t kVersion1Words = offsetof(KorvMaskSettings, secrets) / sizeof(size_t);
+
 // Of settings of a smaller size nothing but the size is read: the rest may not be there.
 TEST_F(OpenTest, ASizeBelowTheFirstVersionIsRefused) {
     const KorvMaskSettings settings = working();
-    for (const size_t words : {size_t{1}, size_t{2}, sizeof settings / sizeof(size_t) - 1}) {
+    for (const size_t words : {size_t{1}, size_t{2}, kVersion1Words - 1}) {
         Fenced<size_t> memory(words);
         std::memcpy(memory.data(), &settings, words * sizeof(size_t));
         memory[0] = words * sizeof(size_t);
@@ -66,6 +70,15 @@ TEST_F(OpenTest, ASizeBelowTheFirstVersionIsRefused) {
         other.size = size;
         EXPECT_EQ(KORV_MASK_BAD_ARGUMENT, open(other)) << size;
     }
+}
+
+// A caller that was built for version 1 has no members of version 2 to read.
+TEST_F(OpenTest, SettingsOfVersion1AreTaken) {
+    const KorvMaskSettings settings = working();
+    Fenced<size_t> memory(kVersion1Words);
+    std::memcpy(memory.data(), &settings, kVersion1Words * sizeof(size_t));
+    memory[0] = kVersion1Words * sizeof(size_t);
+    EXPECT_EQ(KORV_MASK_SUCCESS, open(*reinterpret_cast<const KorvMaskSettings*>(memory.data())));
 }
 
 // Members of a later version follow the ones that this library knows.

@@ -47,12 +47,17 @@ TEST_F(OperandsTest, NumbersHaveBounds) {
 }
 
 TEST_F(OperandsTest, OperandsAreChecked) {
-    EXPECT_EQ("rules:1:5: CCN needs the operand KEY\n", openingError("CCN"));
-    EXPECT_EQ("rules:1:10: CCN has no operand KEYS\n", openingError("CCN, keys=1, key=1"));
-    EXPECT_EQ("rules:1:17: operand STRICT takes no value\n", openingError("CCN, key=1, strict=1"));
-    EXPECT_EQ("rules:1:10: operand KEY needs a value\n", openingError("CCN, key"));
-    EXPECT_EQ("rules:1:17: operand SHIFT must be a number from 1 to 9\n",
-              openingError("CCN, key=1, shift=0"));
+    EXPECT_EQ("rules:1:5: LKP needs the operand FILE\n", openingError("LKP"));
+    const std::string ccn = "CCN, method=transpose, ";
+    EXPECT_EQ("rules:1:28: CCN has no operand KEYS\n", openingError(ccn + "keys=1, key=1"));
+    EXPECT_EQ("rules:1:35: operand STRICT takes no value\n", openingError(ccn + "key=1, strict=1"));
+    EXPECT_EQ("rules:1:28: operand KEY needs a value\n", openingError(ccn + "key"));
+    EXPECT_EQ("rules:1:35: operand SHIFT must be a number from 1 to 9\n",
+              openingError(ccn + "key=1, shift=0"));
+    EXPECT_EQ(
+        "rules:1:5: provider CCN does not accept this rule: CCN error 107, the method needs this "
+        "operand: KORV_TOKID_COLNAME=A KORV_TOKID_PARMKEY=KEY\n",
+        openingError("CCN, method=transpose"));
 }
 
 // The rules' own operands are not the provider's.

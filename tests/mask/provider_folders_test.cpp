@@ -64,7 +64,7 @@ TEST_F(ProviderFoldersTest, AProviderThatIsNotThereIsNamedWithTheFolders) {
 }
 
 TEST_F(ProviderFoldersTest, WithoutFoldersTheOneBesideTheLibraryIsUsed) {
-    Mask mask("A = NID, key=1", foldersOf({}));
+    Mask mask("A = NID, method=transpose, key=1", foldersOf({}));
     ASSERT_EQ(KORV_MASK_SUCCESS, mask.opened) << mask.text();
     struct stat found, expected;
     ASSERT_EQ(0, stat(KorvMaskGetColumn(mask.handle, 0)->module, &found));
@@ -129,7 +129,7 @@ TEST_F(ProviderFoldersTest, OnlyTheProvidersOfTheRulesAreListed) {
     EXPECT_STREQ(KORV_BROKEN_PROVIDERS "/copy.so", copy->module);
     EXPECT_STREQ("REPORT", report->name);
     ASSERT_NE(nullptr, report->entry);
-    EXPECT_EQ(2u, report->entry->interfaceVersion);
+    EXPECT_EQ(3u, report->entry->interfaceVersion);
     ASSERT_EQ(1u, report->entry->sampleRuleCount);
     EXPECT_STREQ("REPORT", report->entry->sampleRules[0]);
     EXPECT_EQ(nullptr, KorvMaskGetProvider(mask.handle, 2));

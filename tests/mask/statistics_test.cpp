@@ -131,7 +131,7 @@ TEST_F(StatisticsTest, RowsThatAreDroppedAreFailures) {
 
 // Spreadsheets take such texts for formulas. AFF exchanges the halves of a value.
 TEST_F(StatisticsTest, FormulasThatWereNoneBeforeAreCounted) {
-    Mask mask("A = AFF");
+    Mask mask("A = AFF, method=shuffle");
     ASSERT_EQ(KORV_MASK_SUCCESS, mask.opened) << mask.text();
     EXPECT_EQ((Values{"=b1a", "+b1a", "-b1a", "@b1a", "-ä1a", "+b=a", "a1=b", "xb1a"}),
               mask.batch({"1a=b", "1a+b", "1a-b", "1a@b", "1a-ä", "=a+b", "=ba1", "1axb"}));

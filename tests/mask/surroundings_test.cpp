@@ -26,7 +26,8 @@ using LocaleTest = EngineTest;
 using SurroundingsTest = EngineTest;
 
 const char* const kRules =
-    "id = NID, key=5\nstrasse = CCN, key=1, on-error=null\nCITY = AFF, method=REVERSE\n"
+    "id = NID, method=transpose, key=5\nstrasse = CCN, method=transpose, key=1, "
+    "on-error=null\nCITY = AFF, method=REVERSE\n"
     "N* = FAILS\nREPORT = REPORT, type=wide\nWIDE = COPY, type=wide\nCONST = CONST, value=ı\n";
 
 // All that happens to values, and all that is said about wrong rules.
@@ -45,8 +46,8 @@ std::string work() {
         text += mask.states() + "\n";
     }
     text += mask.text();
-    for (const char* rule : {"A = FAILS, refuse", "i = CCN, key=12345678901", "ı = COPY",
-                             "A = CCNI", "\"i\" = COPY", "A = ECHO, number=1,5"}) {
+    for (const char* rule : {"A = FAILS, refuse", "i = CCN, method=transpose, key=12345678901",
+                             "ı = COPY", "A = CCNI", "\"i\" = COPY", "A = ECHO, number=1,5"}) {
         text += Mask(rule, {{"I"}, 0, {KORV_PROVIDERS, KORV_BROKEN_PROVIDERS}}).text();
     }
     return text;

@@ -14,7 +14,8 @@ const Setting& setting() {
 }
 
 std::string rules(const std::string& cities) {
-    return "CARD = CCN, key=17\nID = NID, key=5, on-error=null\nMAIL = EML, key=3\n"
+    return "CARD = CCN, method=transpose, key=17\nID = NID, method=transpose, key=5, "
+           "on-error=null\nMAIL = EML, method=transpose, key=3\n"
            "NAME = AFF, method=reverse\nCITY = LKP, \"file=" +
            cities +
            "\", default=Other\n"

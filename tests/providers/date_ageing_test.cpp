@@ -47,7 +47,7 @@ TEST_F(DateAgeingTest, AgreesWithTheCalendar) {
                  {"years=1, months=1, days=1", 13, 1},
                  {"months=12, days=-1", 12, -1}};
     for (const auto& c : cases) {
-        rule("AGE, " + std::string(c.operands));
+        rule("AGE, method=move, " + std::string(c.operands));
         for (const int first : {1899, 1999, 2023}) {
             const sys_days begin = sys_days(year(first) / January / 1);
             for (sys_days day = begin; day < begin + days(3 * 366); day += days(1)) {
@@ -60,20 +60,20 @@ TEST_F(DateAgeingTest, AgreesWithTheCalendar) {
 }
 
 TEST_F(DateAgeingTest, FollowsAStatedFormatInBothWidths) {
-    rule("AGE, days=1, format=DD.MM.YYYY");
+    rule("AGE, method=move, days=1, format=DD.MM.YYYY");
     EXPECT_EQ("01.03.2023", mask("28.02.2023"));
-    rule("AGE, days=1, format=DD.MM.YYYY, type=wide");
+    rule("AGE, method=move, days=1, format=DD.MM.YYYY, type=wide");
     EXPECT_EQ("01.03.2023", mask("28.02.2023"));
-    rule("AGE, years=1, \"format=YYYYMMDD\", type=wide");
+    rule("AGE, method=move, years=1, \"format=YYYYMMDD\", type=wide");
     EXPECT_EQ("20250228", mask("20240229"));
-    rule("AGE, months=1, \"format=MM/DD, YYYY\"");
+    rule("AGE, method=move, months=1, \"format=MM/DD, YYYY\"");
     EXPECT_EQ("02/29, 2024", mask("01/31, 2024"));
-    rule("AGE, months=1, format=YYYY年MM月DD日");
+    rule("AGE, method=move, months=1, format=YYYY年MM月DD日");
     EXPECT_EQ("2024年02月29日", mask("2024年01月31日"));
 }
 
 TEST_F(DateAgeingTest, ReportsWhatIsNotADate) {
-    rule("AGE, days=1");
+    rule("AGE, method=move, days=1");
     const std::string format = " SRCFORMAT=YYYY-MM-DD";
     EXPECT_EQ("error 1" + format + " CHAR_POS=5 SRCLEN=10", mask("2024/01/01"));
     EXPECT_EQ("error 1" + format + " CHAR_POS=1 SRCLEN=10", mask("x024-01-01"));
@@ -89,24 +89,24 @@ TEST_F(DateAgeingTest, ReportsWhatIsNotADate) {
 }
 
 TEST_F(DateAgeingTest, StaysWithinTheYears1To9999) {
-    rule("AGE, days=1");
+    rule("AGE, method=move, days=1");
     EXPECT_EQ("9999-12-31", mask("9999-12-30"));
     EXPECT_EQ("error 3 SRCDST=Aged", mask("9999-12-31"));
-    rule("AGE, days=-1");
+    rule("AGE, method=move, days=-1");
     EXPECT_EQ("0001-01-01", mask("0001-01-02"));
     EXPECT_EQ("error 3 SRCDST=Aged", mask("0001-01-01"));
-    rule("AGE, years=1");
+    rule("AGE, method=move, years=1");
     EXPECT_EQ("error 3 SRCDST=Aged", mask("9999-01-01"));
-    rule("AGE, years=-10000");
+    rule("AGE, method=move, years=-10000");
     EXPECT_EQ("error 3 SRCDST=Aged", mask("2024-01-01"));
 }
 
 TEST_F(DateAgeingTest, TheLimitCountsDays) {
-    rule("AGE, months=1, limit=30");
+    rule("AGE, method=move, months=1, limit=30");
     EXPECT_EQ("2023-03-10", mask("2023-02-10"));
     EXPECT_EQ("2023-05-10", mask("2023-04-10"));
     EXPECT_EQ("error 6 SRCDST=Aged PARMKEY=LIMIT PARMVALUE=30", mask("2023-01-10"));
-    rule("AGE, months=-1, limit=30");
+    rule("AGE, method=move, months=-1, limit=30");
     EXPECT_EQ("error 6 SRCDST=Aged PARMKEY=LIMIT PARMVALUE=30", mask("2023-04-10"));
     EXPECT_EQ("2023-04-10", mask("2023-05-10"));
 }
@@ -116,22 +116,23 @@ TEST_F(DateAgeingTest, TheLimitLooksUpNoTimeZone) {
     KORVGetDiffDays(&noon, &noon);
     ASSERT_EQ(2, mktimeCalls);
     mktimeCalls = 0;
-    rule("AGE, days=365, limit=365");
+    rule("AGE, method=move, days=365, limit=365");
     EXPECT_EQ("1900-12-31", mask("1899-12-31"));
     EXPECT_EQ("2024-07-01", mask("2023-07-02"));
     EXPECT_EQ("9999-12-31", mask("9998-12-31"));
-    rule("AGE, days=-365, limit=364");
+    rule("AGE, method=move, days=-365, limit=364");
     EXPECT_EQ("error 6 SRCDST=Aged PARMKEY=LIMIT PARMVALUE=364", mask("2024-07-01"));
     EXPECT_EQ("error 6 SRCDST=Aged PARMKEY=LIMIT PARMVALUE=364", mask("0002-01-01"));
     EXPECT_EQ(0, mktimeCalls);
 }
 
 TEST_F(DateAgeingTest, RefusesBadRules) {
-    EXPECT_EQ("5 OPERAND_LIST=DAYS, MONTHS, YEARS", ruleError("AGE"));
-    EXPECT_EQ("5 OPERAND_LIST=DAYS, MONTHS, YEARS", ruleError("AGE, years=1, months=-12"));
+    EXPECT_EQ("5 OPERAND_LIST=DAYS, MONTHS, YEARS", ruleError("AGE, method=move"));
+    EXPECT_EQ("5 OPERAND_LIST=DAYS, MONTHS, YEARS",
+              ruleError("AGE, method=move, years=1, months=-12"));
     for (const char* format : {"YYYY-MM", "DD.MM.YY", "YYYY-MM-MM-DD", "YYYYYMMDD"}) {
         EXPECT_EQ("4 PARMKEY=FORMAT PARMVALUE=" + std::string(format),
-                  ruleError("AGE, days=1, format=" + std::string(format)));
+                  ruleError("AGE, method=move, days=1, format=" + std::string(format)));
     }
 }
 

@@ -43,7 +43,7 @@ TEST_F(DateFormatsTest, ReadsAndWritesEveryFormat) {
         {"DMONYYYY", "30Apr2023", "1May2023"},
     };
     for (const auto& c : cases) {
-        rule("AGE, days=1, \"format=" + std::string(c.format) + "\"");
+        rule("AGE, method=move, days=1, \"format=" + std::string(c.format) + "\"");
         EXPECT_EQ(c.masked, mask(c.value)) << c.format << " " << c.value;
     }
 }
@@ -65,9 +65,9 @@ TEST_F(DateFormatsTest, ReadsEveryMonthInEveryCase) {
             const std::string from = styled(names[i], style);
             const std::string to = styled(names[(i + 5) % 12], style);
             const std::string year = i + 5 < 12 ? "1999" : "2000";
-            rule("AGE, months=5, format=D MONTH YYYY");
+            rule("AGE, method=move, months=5, format=D MONTH YYYY");
             EXPECT_EQ("7 " + to + " " + year, mask("7 " + from + " 1999"));
-            rule("AGE, months=5, format=D MON YYYY");
+            rule("AGE, method=move, months=5, format=D MON YYYY");
             EXPECT_EQ("7 " + to.substr(0, 3) + " " + year,
                       mask("7 " + from.substr(0, 3) + " 1999"));
         }
@@ -80,11 +80,11 @@ TEST_F(DateFormatsTest, KeepsATimeAfterTheDate) {
           " 01:00 AM", " 12:59PM", " 11:00:00 pm", " 01:02:03.4 Am", "T10:00Z", "T10:00:00Z",
           "T10:00:00.25Z", "T10:00+00:00", " 10:00:00-23:59", "T10:00:00.5+05:30",
           " 01:00 PM+01:00", " 01:00AMZ"}) {
-        rule("AGE, days=1");
+        rule("AGE, method=move, days=1");
         EXPECT_EQ("2023-03-01" + std::string(time), mask("2023-02-28" + std::string(time)));
-        rule("AGE, days=1, \"format=M/D/YYYY|MONTH D, YYYY\"");
+        rule("AGE, method=move, days=1, \"format=M/D/YYYY|MONTH D, YYYY\"");
         EXPECT_EQ("10/1/2023" + std::string(time), mask("9/30/2023" + std::string(time)));
-        rule("AGE, days=1, \"format=MONTH D, YYYY\"");
+        rule("AGE, method=move, days=1, \"format=MONTH D, YYYY\"");
         EXPECT_EQ("May 1, 2023" + std::string(time), mask("April 30, 2023" + std::string(time)));
     }
 }
@@ -131,7 +131,7 @@ TEST_F(DateFormatsTest, RefusesWhatIsNotATime) {
         {" 10:00 x", 7},
         {" 10:00:00:00", 10},
     };
-    rule("AGE, days=1");
+    rule("AGE, method=move, days=1");
     for (const auto& c : cases) {
         const std::string value = "2023-02-28" + std::string(c.time);
         EXPECT_EQ("error 1 SRCFORMAT=YYYY-MM-DD CHAR_POS=" + std::to_string(10 + c.position) +
@@ -142,7 +142,7 @@ TEST_F(DateFormatsTest, RefusesWhatIsNotATime) {
 }
 
 TEST_F(DateFormatsTest, TriesFormatsInTheirOrder) {
-    rule("AGE, days=1, format=YYYY-MM-DD|M/D/YYYY|D MON YYYY");
+    rule("AGE, method=move, days=1, format=YYYY-MM-DD|M/D/YYYY|D MON YYYY");
     EXPECT_EQ("2023-03-01", mask("2023-02-28"));
     EXPECT_EQ("3/1/2023", mask("2/28/2023"));
     EXPECT_EQ("1 MAR 2023", mask("28 FEB 2023"));
@@ -152,11 +152,11 @@ TEST_F(DateFormatsTest, TriesFormatsInTheirOrder) {
     EXPECT_EQ("", mask(""));
 
     // The first format in which the date exists.
-    rule("AGE, days=1, format=M/D/YYYY|D/M/YYYY");
+    rule("AGE, method=move, days=1, format=M/D/YYYY|D/M/YYYY");
     EXPECT_EQ("1/3/2023", mask("1/2/2023"));
     EXPECT_EQ("14/2/2023", mask("13/2/2023"));
     EXPECT_EQ("error 2 SRCFORMAT=M/D/YYYY SRCDST=Source", mask("13/13/2023"));
-    rule("AGE, days=1, format=D/M/YYYY|M/D/YYYY");
+    rule("AGE, method=move, days=1, format=D/M/YYYY|M/D/YYYY");
     EXPECT_EQ("2/2/2023", mask("1/2/2023"));
 }
 
@@ -173,7 +173,7 @@ TEST_F(DateFormatsTest, ReportsWhereAFormatEnds) {
         {"D MONTH YYYY", "1 Jun 2023", 3}, {"D MONTH YYYY", "1 June", 7},
     };
     for (const auto& c : cases) {
-        rule("AGE, days=1, format=" + std::string(c.format));
+        rule("AGE, method=move, days=1, format=" + std::string(c.format));
         EXPECT_EQ("error 1 SRCFORMAT=" + std::string(c.format) +
                       " CHAR_POS=" + std::to_string(c.position) +
                       " SRCLEN=" + std::to_string(std::string(c.value).size()),
@@ -213,7 +213,7 @@ TEST_F(DateFormatsTest, RefusesGarbledAndAmbiguousFormats) {
                                "M/D|YYYY-MM-DD",
                                "%d.%m.%Y"}) {
         EXPECT_EQ("4 PARMKEY=FORMAT PARMVALUE=" + std::string(format),
-                  ruleError("AGE, days=1, \"format=" + std::string(format) + "\""));
+                  ruleError("AGE, method=move, days=1, \"format=" + std::string(format) + "\""));
     }
 }
 
@@ -233,14 +233,14 @@ TEST_F(DateFormatsTest, KeepsTheMeaningOfFormatsOfTwoDigitParts) {
         {"1YYYY2MM3DD4", "120232123314", "120242013014"},
     };
     for (const auto& c : cases) {
-        rule("AGE, days=1, \"format=" + std::string(c.format) + "\"");
+        rule("AGE, method=move, days=1, \"format=" + std::string(c.format) + "\"");
         EXPECT_EQ(c.masked, mask(c.value)) << c.format;
     }
 }
 
 TEST_F(DateFormatsTest, KeepsToTheRoomOfTheTarget) {
     const std::string spaces(7995, '.');
-    rule("AGE, days=1, format=" + spaces + "D.M.YYYY");
+    rule("AGE, method=move, days=1, format=" + spaces + "D.M.YYYY");
     EXPECT_EQ("error 100 SRCLEN=8003 EXPSRCLEN=8000", mask(spaces + "9.9.2023"));
 }
 

@@ -53,7 +53,7 @@ class MaskedValueTest : public HeapTest {
         return std::make_unique<OpenedRule>(loadProvider(rule.provider), rule);
     }
 
-    // Opens a rule such as "CCN, key=17" for the values that follow.
+    // Opens a rule such as "CCN, method=transpose, key=17" for the values that follow.
     void rule(const std::string& text) {
         rule_.reset();
         rule_ = openRule(text);

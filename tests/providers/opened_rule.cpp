@@ -15,6 +15,9 @@ namespace {
 constexpr size_t kSpareCharacters = 2048;
 constexpr size_t kGuardBytes = 64;
 constexpr char kGuard = 0x5C;
+// The key of every rule with a secret. An engine would derive one for each provider and method.
+constexpr uint8_t kKey[32] = {3, 1, 4, 1, 5, 9, 2, 6, 5, 3, 5, 8, 9, 7, 9, 3,
+                              2, 3, 8, 4, 6, 2, 6, 4, 3, 3, 8, 3, 2, 7, 9, 5};
 
 // The elements between commas, without quotes.
 std::vector<std::string> elementsOf(const std::string& text) {
@@ -42,6 +45,20 @@ const PrvOperand& describe(const PrvEntry& entry, const std::string& key) {
     return entry.operands[0];
 }
 
+// The method that the rule names, or with a secret the first keyed one. NULL without any.
+const PrvMethod* methodOf(const PrvEntry& entry, const RuleText& rule) {
+    for (uint32_t i = 0; i < entry.methodCount; ++i) {
+        const PrvMethod& method = entry.methods[i];
+        const bool isKeyed = (method.flags & PRV_METHOD_KEYED) != 0;
+        if (rule.method.empty() ? isKeyed && rule.hasSecret : rule.method == method.name) {
+            EXPECT_EQ(isKeyed, rule.hasSecret) << entry.name << ", method " << method.name;
+            return &method;
+        }
+    }
+    EXPECT_EQ(0u, entry.methodCount) << entry.name << " needs a method: '" << rule.method << "'";
+    return nullptr;
+}
+
 // An operand record with the texts that CopyParamsStruct makes.
 struct Operand : OprDefI {
     Operand(const PrvOperand& description, const std::string& value) : OprDefI{} {
@@ -50,7 +67,10 @@ struct Operand : OprDefI {
         ParamDesc param = {};
         param.oprCode = description.code;
         param.valueKind = description.kind;
-        switch (description.kind) {
+        if (value.empty() && (description.flags & PRV_OPERAND_OPTIONAL_VALUE) != 0) {
+            param.valueKind = OPR_VALUE_NONE;
+        }
+        switch (param.valueKind) {
             case OPR_VALUE_INTEGER:
                 param.value.number = static_cast<uint32_t>(std::stoi(value));
                 break;
@@ -93,6 +113,10 @@ RuleText::RuleText(const std::string& text, const std::string& filesFolder) : fo
         if (separator != std::string::npos) operand.value = elements[i].substr(separator + 1);
         if (operand.key == "TYPE") {
             wideOnly = operand.value == "wide";
+        } else if (operand.key == "METHOD") {
+            for (const char c : operand.value) method += static_cast<char>(toportwlower(c));
+        } else if (operand.key == "SECRET") {
+            hasSecret = true;
         } else {
             operands.push_back(operand);
         }
@@ -106,8 +130,9 @@ struct OpenedRule::Records {
     std::list<Operand> operands;  // addresses stay
     CtrlBlkX* blocks[2] = {};
     SvcDefX* services[2] = {};
+    const PrvMethod* method;
 
-    Records(const PrvEntry& entry, const RuleText& rule) {
+    Records(const PrvEntry& entry, const RuleText& rule) : method(methodOf(entry, rule)) {
         const TextDesc name = {{nullptr}, KORV_CODEPAGE_NOT_GIVEN, "Col"};
         FieldDesc description = {};
         description.textMode = KORV_TEXT_NARROW;
@@ -161,6 +186,12 @@ struct OpenedRule::Records {
         call.service = services[form];
         call.value = value;
         call.result = result;
+        if (method == nullptr) return call;
+        call.method = method->name;
+        if ((method->flags & PRV_METHOD_KEYED) != 0) {
+            call.key = kKey;
+            call.keyLength = sizeof kKey;
+        }
         return call;
     }
 };
@@ -253,9 +284,18 @@ std::string OpenedRule::takeErrors() {
 }
 
 Outcome OpenedRule::mask(Form form, const std::string& value) {
+    return run(entry_.mask, form, value);
+}
+
+Outcome OpenedRule::unmask(Form form, const std::string& masked) {
+    return run(entry_.unmask, form, masked);
+}
+
+Outcome OpenedRule::run(int32_t (*function)(void*, const PrvCall*), Form form,
+                        const std::string& value) {
     Buffers buffers(form, value);
     const PrvCall call = records_->call(form, &buffers.value, &buffers.result);
-    const int32_t status = entry_.mask(state_, &call);
+    const int32_t status = function(state_, &call);
     const std::string errors = takeErrors();
     EXPECT_EQ(status == 0, errors.empty());
     return errors.empty() ? buffers.text() : "error " + errors;

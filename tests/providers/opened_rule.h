@@ -7,7 +7,14 @@
 
 #include "korv/provider.h"
 
-// A rule such as `LKP, "file=list.txt", default=Other, type=wide`.
+// The providers' keyed methods need libcrypto.
+#ifdef KORV_HAS_LIBCRYPTO
+inline constexpr bool kHasKeyedMethods = true;
+#else
+inline constexpr bool kHasKeyedMethods = false;
+#endif
+
+// A rule such as `LKP, "file=list.txt", default=Other, type=wide` or `CCN, secret=test`.
 struct RuleText {
     // Relative names of files begin in `folder`.
     RuleText(const std::string& text, const std::string& folder);
@@ -17,8 +24,10 @@ struct RuleText {
         std::string value;
     };
     std::string provider;
-    std::vector<Operand> operands;
+    std::vector<Operand> operands;  // without the engine's own
     std::string folder;
+    std::string method;  // in lower case; empty when the rule names none
+    bool hasSecret = false;
     bool wideOnly = false;
 };
 
@@ -41,6 +50,8 @@ class OpenedRule {
 
     // Masks a value by `mask`. An empty value is handed on as NULL, as to modules of version 1.
     Outcome mask(Form form, const std::string& value);
+    // Passes a masked value to `unmask`, and returns what came back.
+    Outcome unmask(Form form, const std::string& masked);
     // Masks values by one call of `maskBatch`. The outcome of a value that is left to `mask` is
     // "error".
     std::vector<Outcome> maskBatch(Form form, const std::vector<std::string>& values);
@@ -48,6 +59,7 @@ class OpenedRule {
   private:
     struct Records;
     struct Buffers;
+    Outcome run(int32_t (*function)(void*, const PrvCall*), Form form, const std::string& value);
     std::string takeErrors();
 
     const PrvEntry& entry_;

@@ -31,7 +31,8 @@ class SharedTablesTest : public MaskedValueTest {
 };
 
 TEST_F(SharedTablesTest, AnInstanceUsesTheTableOfAnother) {
-    for (const std::string text : {"LKP, file=table.txt", "HASH, seed=autumn, file=table.txt"}) {
+    for (const std::string text :
+         {"LKP, file=table.txt", "HASH, method=seed, seed=autumn, file=table.txt"}) {
         writeFile("table.txt", "a = first\n");
         const auto first = openRule(text);
         ASSERT_EQ("", first->error());
@@ -43,7 +44,8 @@ TEST_F(SharedTablesTest, AnInstanceUsesTheTableOfAnother) {
 }
 
 TEST_F(SharedTablesTest, AChangedFileIsReadAgain) {
-    for (const std::string text : {"LKP, file=table.txt", "HASH, seed=autumn, file=table.txt"}) {
+    for (const std::string text :
+         {"LKP, file=table.txt", "HASH, method=seed, seed=autumn, file=table.txt"}) {
         writeFile("table.txt", "a = first\n");
         const auto first = openRule(text);
         const std::string masked = maskBy(*first, "a");
@@ -95,7 +97,7 @@ TEST_F(SharedTablesTest, ThreadsShareATable) {
     const auto work = [&] {
         for (int round = 0; round < 20; ++round) {
             const auto lookup = openRule("LKP, file=table.txt");
-            const auto pick = openRule("HASH, seed=autumn, file=table.txt");
+            const auto pick = openRule("HASH, method=seed, seed=autumn, file=table.txt");
             const std::string picked = maskBy(*pick, "x");
             for (int i = 0; i < 500; i += 7) {
                 const std::string number = std::to_string(i);

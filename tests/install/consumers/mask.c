@@ -28,7 +28,7 @@ int main(void) {
     source.bytes = bytes;
     memset(&settings, 0, sizeof settings);
     settings.size = sizeof settings;
-    settings.rules = "CARD = CCN, key=17\nNOTE = KEEP";
+    settings.rules = "CARD = CCN, method=transpose, key=17\nNOTE = KEEP";
     settings.columns = names;
     settings.columnCount = 2;
 

@@ -16,12 +16,23 @@ enum {
     DEFECT_KEY_EMPTY,
     DEFECT_KEY_HYPHEN,
     DEFECT_KEY_LOWER,
+    DEFECT_KEY_METHOD, /* operands that are the engine's own */
     DEFECT_KEY_NULL,
     DEFECT_KEY_TWICE, /* two operands with one key */
-    DEFECT_KEY_TYPE,  /* operands that are the engine's own */
+    DEFECT_KEY_SCOPE, /* more operands that are the engine's own */
+    DEFECT_KEY_SECRET,
+    DEFECT_KEY_TYPE,
     DEFECT_KEY_UNCHANGED,
+    DEFECT_KEY_UNIQUE,
     DEFECT_KIND, /* an unknown kind of operand */
     DEFECT_KIND_NEGATIVE,
+    DEFECT_METHOD_CAPITAL, /* methods' names of the wrong form */
+    DEFECT_METHOD_DIGIT,
+    DEFECT_METHOD_EMPTY,
+    DEFECT_METHOD_HYPHEN,
+    DEFECT_METHOD_NULL,
+    DEFECT_METHOD_TWICE,                  /* two methods of one name */
+    DEFECT_METHODS_NULL,                  /* a number of methods, and no table */
     DEFECT_NAME_NULL,                     /* no name */
     DEFECT_NAME_LOWER,                    /* a name in lower case */
     DEFECT_NAME_OF_32_CHARACTERS_OR_MORE, /* its own name, which is too long */
@@ -72,17 +83,29 @@ static void spoilOperands(PrvOperand* first, PrvOperand* second) {
         case DEFECT_KEY_LOWER:
             second->key = "second";
             break;
+        case DEFECT_KEY_METHOD:
+            second->key = "METHOD";
+            break;
         case DEFECT_KEY_NULL:
             second->key = NULL;
             break;
         case DEFECT_KEY_TWICE:
             second->key = "FIRST";
             break;
+        case DEFECT_KEY_SCOPE:
+            second->key = "SCOPE";
+            break;
+        case DEFECT_KEY_SECRET:
+            second->key = "SECRET";
+            break;
         case DEFECT_KEY_TYPE:
             second->key = "TYPE";
             break;
         case DEFECT_KEY_UNCHANGED:
             second->key = "UNCHANGED";
+            break;
+        case DEFECT_KEY_UNIQUE:
+            second->key = "UNIQUE";
             break;
         case DEFECT_KIND:
             second->kind = 99;
@@ -121,10 +144,38 @@ static void spoilErrors(PrvErrorText* first, PrvErrorText* second) {
     }
 }
 
+static void spoilMethods(PrvMethod* first, PrvMethod* second) {
+    switch (DEFECT) {
+        case DEFECT_METHOD_CAPITAL:
+            second->name = "Second";
+            break;
+        case DEFECT_METHOD_DIGIT:
+            second->name = "2nd";
+            break;
+        case DEFECT_METHOD_EMPTY:
+            second->name = "";
+            break;
+        case DEFECT_METHOD_HYPHEN:
+            second->name = "sec-ond";
+            break;
+        case DEFECT_METHOD_NULL:
+            second->name = NULL;
+            break;
+        case DEFECT_METHOD_TWICE:
+            second->name = first->name;
+            break;
+        default:
+            break;
+    }
+}
+
 static void spoilEntry(PrvEntry* entry) {
     switch (DEFECT) {
         case DEFECT_ERRORS_NULL:
             entry->errors = NULL;
+            break;
+        case DEFECT_METHODS_NULL:
+            entry->methods = NULL;
             break;
         case DEFECT_NAME_LOWER:
             entry->name = "broken_name_lower";
@@ -165,6 +216,7 @@ const PrvEntry* KorvProviderEntry(void) {
     static PrvOperand operands[] = {{"FIRST", 1, 0, OPR_VALUE_INTEGER, 0, 9},
                                     {"SECOND", 2, 0, OPR_VALUE_NARROW, 0, 0}};
     static PrvErrorText errors[] = {{1, "an error"}, {2, "another error"}};
+    static PrvMethod methods[] = {{"first", PRV_METHOD_KEYED}, {"second", 0}};
     static PrvEntry entry;
     if (DEFECT == DEFECT_ENTRY_NULL) return NULL;
     entry.interfaceVersion = PRV_INTERFACE_VERSION;
@@ -176,8 +228,11 @@ const PrvEntry* KorvProviderEntry(void) {
     entry.open = openNever;
     entry.mask = maskNever;
     entry.close = closeNever;
+    entry.methods = methods;
+    entry.methodCount = 2;
     spoilOperands(&operands[0], &operands[1]);
     spoilErrors(&errors[0], &errors[1]);
+    spoilMethods(&methods[0], &methods[1]);
     spoilEntry(&entry);
     return &entry;
 }
