@@ -18,5 +18,5 @@ korv_install() {
 
 # korv_setup PACKAGE...: what building for 64 and for 32 bits takes, and the packages.
 korv_setup() {
-    korv_install cmake ninja-build g++ g++-multilib libcli11-dev python3 "$@"
+    korv_install cmake ninja-build g++ g++-multilib libcli11-dev libssl-dev python3 "$@"
 }

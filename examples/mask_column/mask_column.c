@@ -1,5 +1,6 @@
 /* Masks the values of one column with the engine. The first argument is a rule, such as
- * "CCN, key=17"; each line of standard input is a value. An empty line is NULL. */
+ * "CCN, secret=crm", and the second one the file with the secrets, if the rule needs one; each line
+ * of standard input is a value. An empty line is NULL. */
 #include <korv/mask.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -51,8 +52,8 @@ int main(int argc, char** argv) {
     KorvMaskSettings settings = {0};
     KorvMask* mask;
     int32_t status;
-    if (argc != 2 || strlen(argv[1]) > sizeof rules - 20) {
-        fprintf(stderr, "usage: mask_column RULE\n");
+    if (argc < 2 || argc > 3 || strlen(argv[1]) > sizeof rules - 20) {
+        fprintf(stderr, "usage: mask_column RULE [SECRETS]\n");
         return 2;
     }
 
@@ -62,6 +63,7 @@ int main(int argc, char** argv) {
     settings.rules = rules;
     settings.columns = columns;
     settings.columnCount = 1;
+    settings.secretsFile = argc == 3 ? argv[2] : NULL;
     status = KorvMaskOpen(&settings, &mask);
     if (status == KORV_MASK_SUCCESS) {
         const KorvMaskStrings source = {readValues(), 0, 32, offsets, bytes, validity};
