@@ -112,10 +112,11 @@ class Chooser {
         const auto found = std::find_if(methods_.begin(), methods_.end(), isKeyed);
         if (secret && found != methods_.end()) return &*found;
         const std::string disguises = names([](const PrvMethod& known) { return !isKeyed(known); });
-        std::string advice = "add secret=NAME to protect the values";
-        if (found == methods_.end()) advice = "name a method";
+        std::string advice;
+        if (found != methods_.end()) advice = "add secret=NAME to protect the values";
         if (!disguises.empty()) {
-            advice += ", or method=" + disguises + " for data that was masked so before";
+            advice += (advice.empty() ? "add method=" : ", or method=") + disguises +
+                      " for data that was masked so before";
         }
         fail(rule_.actionPosition, name() + " needs a secret or a method: " + advice);
     }
@@ -135,12 +136,7 @@ class Chooser {
             fail(operand, "secrets need libcrypto, and this build is without it");
         }
         if (secret.empty()) {
-            // Somebody may have written the secret itself, which looks like a name.
-            uint8_t bytes[secrets::kLongestSecret];
-            const bool isShown = secrets::decodeSecret(choice.secret, bytes) == 0;
-            secrets::wipe(bytes, sizeof bytes);
-            fail(operand, "there is no secret " + (isShown ? choice.secret : "of this name") +
-                              "; --secrets FILE gives secrets");
+            fail(operand, "there is no secret " + choice.secret + "; --secrets FILE gives secrets");
         }
         uint8_t* const key = keys.allocate(secrets::kKeyBytes);
         secrets::deriveKey(secret, choice.scope, name(), choice.method->name, key);

@@ -8,7 +8,7 @@ import subprocess
 import sys
 
 SYSTEM = {"libc.so.6": "libc6", "libm.so.6": "libc6", "ld-linux.so.2": "libc6",
-          "libgcc_s.so.1": "libgcc-s1", "libstdc++.so.6": "libstdc++6"}
+          "libgcc_s.so.1": "libgcc-s1", "libcrypto.so.3": "libssl3", "libstdc++.so.6": "libstdc++6"}
 
 
 def output(*command: str) -> str:

@@ -62,8 +62,11 @@ size_t decodeBase64(std::string_view text, uint8_t* bytes) {
 bool isSecretName(std::string_view name) {
     const auto isLetter = [](char c) { return c >= 'a' && c <= 'z'; };
     const auto isPart = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '_'; };
+    const bool isHex =
+        std::all_of(name.begin(), name.end(), [](char c) { return hexValue(c) != kNone; });
     return !name.empty() && name.size() <= kLongestName && isLetter(name[0]) &&
-           std::all_of(name.begin(), name.end(), isPart);
+           std::all_of(name.begin(), name.end(), isPart) &&
+           !(isHex && name.size() >= 2 * kShortestSecret);
 }
 
 size_t decodeSecret(std::string_view text, uint8_t* bytes) {

@@ -11,7 +11,8 @@ inline constexpr size_t kShortestSecret = 16;
 inline constexpr size_t kLongestSecret = 64;
 inline constexpr size_t kLongestName = 64;
 
-// A lower-case letter, then lower-case letters, digits and underscores.
+// A lower-case letter, then lower-case letters, digits and underscores. What could be a secret in
+// hexadecimal digits is no name, so that messages with names show no secret.
 bool isSecretName(std::string_view name);
 
 // Decodes an even count of hexadecimal digits, or else padded base64, to `bytes`, which has room

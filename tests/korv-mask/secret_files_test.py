@@ -81,6 +81,18 @@ class FilesTest(SecretsTest):
                 where = f"secrets.txt{place}" if place else ""
                 self.assert_refused(where + message, "--secrets", "secrets.txt")
 
+    def test_a_secret_in_the_place_of_its_name_is_not_shown(self):
+        """Its hexadecimal digits may look like a name."""
+        self.write_secrets(f"crm = {HEX}\n")
+        for value in (HEX, BASE64):
+            self.prepare(f"NAME = AFF, secret={value}\nNO = KEEP\n")
+            self.assert_refused("the secret itself belongs into a file", "--secrets", "secrets.txt")
+        self.prepare()
+        for value in (HEX, BASE64):
+            self.write_secrets(f"{value} = crm\n")
+            self.assert_refused("secrets.txt:1: a line has the form name = value", "--secrets",
+                                "secrets.txt")
+
     def test_nobody_else_may_have_access(self):
         self.prepare()
         self.write_secrets(f"crm = {HEX}\n")

@@ -229,8 +229,8 @@ TEST_F(SecretsTest, AnUnknownSecretIsNamed) {
 
 TEST_F(SecretsTest, SettingsWithBadSecretsAreBadArguments) {
     const uint8_t bytes[65] = {};
-    const std::string longest(64, 'a');
-    const std::string tooLong(65, 'a');
+    const std::string longest(64, 'x');
+    const std::string tooLong(65, 'x');
     const struct {
         KorvMaskSecret secret;
         int32_t status;
