@@ -94,8 +94,8 @@ class Column {
     Place place_;
     ValueWindow* window_ = nullptr;
     std::vector<Waiting> waiting_;
-    bool hasBatches_ = false;   // the provider has maskBatch
-    bool batchDone_[2] = {};  // what maskBatch has answered for narrow and wide values
+    bool hasBatches_ = false;  // the provider has maskBatch
+    bool batchDone_[2] = {};   // what maskBatch has answered for narrow and wide values
     std::string firstResult_;
     std::string violation_;
     StringsBuilder builder_;

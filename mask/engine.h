@@ -70,7 +70,7 @@ class Engine {
     secrets::SecretPages keys_;  // of the columns' methods
     std::unique_ptr<ProviderModules> modules_;
     std::vector<std::unique_ptr<Column>> columns_;
-    ValueWindow window_;  // of the column that is being masked
+    ValueWindow window_;                       // of the column that is being masked
     std::vector<KorvMaskProvider> providers_;  // by name
 };
 

@@ -22,8 +22,7 @@ struct Fault {
 class MaskError : public std::exception {
   public:
     explicit MaskError(std::vector<Fault> list) : faults(std::move(list)) {}
-    MaskError(int32_t status, std::string message)
-        : faults({{status, 0, 0, std::move(message)}}) {}
+    MaskError(int32_t status, std::string message) : faults({{status, 0, 0, std::move(message)}}) {}
     // "file:line:position: message" about the rules.
     MaskError(int32_t status, const std::string& file, uint32_t line, uint32_t position,
               const std::string& message)
@@ -52,9 +51,8 @@ class Faults {
     // are about no line come last.
     void raise() {
         if (faults_.empty()) return;
-        std::stable_sort(faults_.begin(), faults_.end(), [](const Fault& a, const Fault& b) {
-            return a.line - 1 < b.line - 1;
-        });
+        std::stable_sort(faults_.begin(), faults_.end(),
+                         [](const Fault& a, const Fault& b) { return a.line - 1 < b.line - 1; });
         throw MaskError(faults_);
     }
 

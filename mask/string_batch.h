@@ -98,8 +98,9 @@ class StringsBuilder {
         append({});
     }
     KorvMaskStrings strings() const {
-        return {count_,        0, bits_, offsets_.data(), bytes_.data(),
-                hasNull_ ? validity_.data() : nullptr};
+        return {count_,        0,
+                bits_,         offsets_.data(),
+                bytes_.data(), hasNull_ ? validity_.data() : nullptr};
     }
 
   private:

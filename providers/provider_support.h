@@ -41,7 +41,8 @@ class Operands {
     bool isMethod(std::string_view name) const {
         return call_.method != nullptr && name == call_.method;
     }
-    // The key of a keyed method; it lives as long as the provider's state. Throws Error without one.
+    // The key of a keyed method; it lives as long as the provider's state. Throws Error without
+    // one.
     std::span<const uint8_t> key() const;
     // These throw Error. `key` is the operand's.
     void require(uint16_t code, const wchar_t* key) const;
@@ -95,9 +96,12 @@ bool takeValue(const PrvCall& call, Text<Char>& text) {
 int32_t capture(const PrvCall& call, const Error& error);
 
 template <typename Provider>
-concept Permuting = requires(const Provider& provider) { provider.permutation(); };
+concept Permuting = requires(const Provider& provider) {
+    provider.permutation();
+};
 
-// What belongs to an opened rule: the provider, and memory that is used for one batch after another.
+// What belongs to an opened rule: the provider, and memory that is used for one batch after
+// another.
 template <typename Provider>
 struct State {
     explicit State(const PrvCall& call) : provider(Operands(call)) {}
@@ -223,7 +227,8 @@ struct Glue {
         }
         if constexpr (requires { provider.mask(text, Related()); }) {
             const ValueRecord* const other = call.related;
-            const bool has = other != nullptr && other->nullIndicator != 1 && other->data != nullptr;
+            const bool has =
+                other != nullptr && other->nullIndicator != 1 && other->data != nullptr;
             provider.mask(text, has ? Related(static_cast<const char*>(other->data),
                                               static_cast<size_t>(other->length))
                                     : Related());

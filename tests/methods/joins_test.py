@@ -67,6 +67,7 @@ class JoinsTest(CommandTest):
                 for name, contents in tables.items()}
 
     def masked(self, tables, jobs):
+        """Masks each table in a run of its own, with a number of jobs for each."""
         return {name: self.mask(tables[name], self.rules[name], "--secrets", "secrets.txt",
                                 "--jobs", number, expect=0).out
                 for name, number in zip(tables, jobs)}
@@ -96,7 +97,7 @@ class JoinsTest(CommandTest):
         self.assert_joined(tables, self.masked(tables, "123"))
 
     def test_large_tables(self):
-        """Tables of several chunks, with different numbers of jobs."""
+        """Tables of several chunks. The numbers of jobs make no difference."""
         tables = self.tables(20000)
         masked = self.masked(tables, "138")
         self.assert_joined(tables, masked)

@@ -174,7 +174,8 @@ std::string columnTable(const std::vector<PageColumn>& columns) {
         html += "<tr role=\"row\"><th scope=\"row\" role=\"rowheader\">" +
                 isolated(column.summary.name) + " <span class=\"small\">column " +
                 std::to_string(column.summary.number) + "</span></th><td role=\"cell\">" +
-                "<span class=\"action\">" + escaped(column.summary.action + column.summary.protection.text()) +
+                "<span class=\"action\">" +
+                escaped(column.summary.action + column.summary.protection.text()) +
                 "</span> <span class=\"small\">" + isolated(column.reason) +
                 "</span></td><td role=\"cell\">" + outcome(column.summary) + "</td></tr>\n";
     }

@@ -63,7 +63,8 @@ std::string Input::headerFor(const std::vector<bool>& isLeftOut) const {
 std::string Input::delimiterHint() const {
     if (rawColumns_.size() != 1) return {};
     for (const char delimiter : {';', '\t', '|', ','}) {
-        if (delimiter == dialect_.delimiter || rawColumns_[0].find(delimiter) == std::string::npos) {
+        if (delimiter == dialect_.delimiter ||
+            rawColumns_[0].find(delimiter) == std::string::npos) {
             continue;
         }
         const std::string shown = delimiter == '\t' ? "tab" : std::string{'\'', delimiter, '\''};

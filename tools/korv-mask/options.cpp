@@ -29,7 +29,8 @@ constexpr const char* kRulesInShort =
     "rule is an error unless --keep-unlisted is given.\n";
 
 constexpr const char* kExitStatus =
-    "\nExit status: 0 every value is masked; 1 some values failed, see the report; 2 the run ended\n"
+    "\nExit status: 0 every value is masked; 1 some values failed, see the report; 2 the run "
+    "ended\n"
     "early, and there is no output.";
 
 std::string footer() {
@@ -43,8 +44,10 @@ std::string parseDelimiter(const std::string& text, char& delimiter) {
         delimiter = '\t';
         return {};
     }
-    const bool isUsable = text.size() == 1 && (text[0] == '\t' || (text[0] >= ' ' && text[0] < 127));
-    if (!isUsable || text[0] == '"') return "must be one ASCII character other than a quote, or tab";
+    const bool isUsable =
+        text.size() == 1 && (text[0] == '\t' || (text[0] >= ' ' && text[0] < 127));
+    if (!isUsable || text[0] == '"')
+        return "must be one ASCII character other than a quote, or tab";
     delimiter = text[0];
     return {};
 }

@@ -25,9 +25,9 @@ constexpr size_t kMostTemporaries = 3;
 char gTemporaries[kMostTemporaries][4096];
 
 // Every signal that ends a program and can be caught.
-constexpr int kWatched[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGPIPE, SIGTERM, SIGALRM, SIGUSR1,
-                            SIGUSR2, SIGXCPU, SIGVTALRM, SIGPROF, SIGIO,  SIGPWR,  SIGSYS,
-                            SIGTRAP, SIGABRT, SIGSEGV, SIGBUS,  SIGFPE,  SIGILL};
+constexpr int kWatched[] = {SIGHUP,  SIGINT,  SIGQUIT,   SIGPIPE, SIGTERM, SIGALRM, SIGUSR1,
+                            SIGUSR2, SIGXCPU, SIGVTALRM, SIGPROF, SIGIO,   SIGPWR,  SIGSYS,
+                            SIGTRAP, SIGABRT, SIGSEGV,   SIGBUS,  SIGFPE,  SIGILL};
 
 void removeAndDie(int signal) {
     removeTemporaries();

@@ -45,8 +45,8 @@ void removeTemporaries() noexcept;
 // Has the temporary files removed when a signal ends the program.
 void watchSignals();
 
-// A signal that a crash of the thread's stack raises needs another stack. Every thread has an object
-// of this class, as long as it runs.
+// A signal that a crash of the thread's stack raises needs another stack. Every thread has an
+// object of this class, as long as it runs.
 class SignalStack {
   public:
     SignalStack();

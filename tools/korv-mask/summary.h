@@ -17,7 +17,8 @@ struct Protection {
     std::string fingerprint;  // of the secret
     bool isDisguise = false;
 
-    // ", method ff1, secret crm 12ab34cd" or ", method transpose, a disguise"; empty without method.
+    // ", method ff1, secret crm 12ab34cd" or ", method transpose, a disguise"; empty without
+    // method.
     std::string text() const;
 };
 
