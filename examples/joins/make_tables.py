@@ -39,14 +39,16 @@ def tables(rows):
         people.append((identity, email))
         born = datetime.date(1940, 1, 1) + datetime.timedelta(below(25000))
         if number < rows:
-            customers.append((with_separators(identity, "-"), f"{first} {last}", email.lower(), born))
+            customers.append((with_separators(identity, "-"), f"{first} {last}", email.lower(),
+                              born))
     for number in range(rows):
         identity, email = people[below(len(people))]
         ordered = datetime.date(2024, 1, 1) + datetime.timedelta(below(300))
         orders.append((90 + number, identity, email, ordered))
         for _ in range(below(3)):
             paid = ordered + datetime.timedelta(below(60))
-            payments.append((5000 + len(payments), 90 + number, with_separators(identity, " "), paid))
+            payments.append((5000 + len(payments), 90 + number, with_separators(identity, " "),
+                             paid))
     return {"customers": customers, "orders": orders, "payments": payments}
 
 

@@ -169,7 +169,7 @@ typedef struct KorvMaskColumn {
     /* Version 2 */
 
     const char* method;      /**< the method of the provider, or NULL when it has none */
-    uint32_t isDisguise;     /**< 1: the method has no secret; whoever has the program can undo it */
+    uint32_t isDisguise;     /**< 1: the method has no secret and can be undone with the program */
     const char* secret;      /**< name of the secret, or NULL */
     const char* fingerprint; /**< 8 hexadecimal digits that tell the secret from others, or NULL */
     const char* scope;       /**< the rule's scope, "" without one */

@@ -44,7 +44,7 @@ class Descriptor {
     int number_;
 };
 
-// Nobody but the user, or root, may have written or read the secrets.
+// Only the user and root may have written or read the secrets.
 void checkPrivate(const std::string& file, const struct stat& status) {
     if (!S_ISREG(status.st_mode)) fail(file, "secrets are read from a regular file only");
     if (status.st_uid != ::geteuid() && status.st_uid != 0) {

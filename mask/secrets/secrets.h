@@ -17,7 +17,7 @@ class Secrets {
     // Reads a file of lines `name = value`.
     void read(const std::string& file);
 
-    // The secret, or no bytes when there is none of this name.
+    // The secret; empty when there is no secret of this name.
     std::span<const uint8_t> find(const std::string& name) const;
 
   private:

@@ -94,7 +94,7 @@ std::shared_ptr<const ShuffledTable> ShuffledTables::find(uint32_t size, std::st
         const std::lock_guard lock(mutex);
         if (auto known = cache.find(name)) return known;
     }
-    // Made without the lock: several threads may make the same table, and nobody waits for another.
+    // Made without the lock: several threads may make the same table, and none of them waits.
     const char zero = '\0';
     Digest key = hash_.of("korv/table" + (zero + std::to_string(size)) + zero + name.tweak);
     auto table = std::make_shared<const ShuffledTable>(key, size, direction);

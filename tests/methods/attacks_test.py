@@ -193,8 +193,8 @@ def shape(text):
 
 
 class MovedCharactersTest(MethodsTest):
-    """EML without a secret: every character of the user part moves forward by an amount that depends
-    on its place only, one for letters and one for digits."""
+    """EML without a secret: every character of the user part moves forward by an amount that
+    depends on its place only, one for letters and one for digits."""
 
     ADDRESSES = 500
     KNOWN = "customerrelationsmanagement"
@@ -236,8 +236,9 @@ class MovedCharactersTest(MethodsTest):
         return guesses
 
     def hits_by_frequency(self, rule):
-        """How many users are recovered, and how many random hits are to be expected: a guess that is
-        not in the list becomes a random name of the list, one of the same shape if there is one."""
+        """How many users are recovered, and how many random hits are to be expected: a guess that
+        is not in the list becomes a random name of the list, one of the same shape if there is one.
+        """
         by_shape = collections.defaultdict(list)
         for name in self.names:
             by_shape[shape(name)].append(name)
@@ -301,9 +302,13 @@ class NamesTest(MethodsTest):
     def expected_readable(self):
         """The number of ways in which the pieces fit into the words of the masked value, each with
         its probability."""
-        return sum(len(self.pieces(word)) * max(len(place) - len(self.pieces(word)[0]) + 1, 0)
-                   / 26**len(self.pieces(word)[0])
-                   for name in self.names for word, place in itertools.product(name.split(), repeat=2))
+        expected = 0
+        for name in self.names:
+            for word, place in itertools.product(name.split(), repeat=2):
+                pieces = self.pieces(word)
+                size = len(pieces[0])
+                expected += len(pieces) * max(len(place) - size + 1, 0) / 26**size
+        return expected
 
     def test_words(self):
         words = sum(len(name.split()) for name in self.names)

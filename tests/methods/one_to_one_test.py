@@ -16,8 +16,8 @@ class OneToOneTest(MethodsTest):
     # Not assertEqual in these, which would show megabytes.
 
     def assert_distinct(self, columns):
-        """Masks columns, which are pairs of a rule and different values: the results are different,
-        too, and can be unmasked. Returns them."""
+        """Masks columns, which are pairs of a rule and different values. The results are different
+        as well, and can be unmasked. Returns them."""
         results = self.masked(columns)
         for (rule, values), column in zip(columns, results):
             self.assertTrue(len(set(values)) == len(values) == len(set(column)), rule)
@@ -39,9 +39,10 @@ class OneToOneTest(MethodsTest):
         self.assert_permuted([("NID, secret=s1", values), ("AFF, secret=s1", values)])
 
     def test_all_short_texts(self):
-        self.assert_permuted([("AFF, secret=s1", list(map("".join, itertools.product(*kinds))))
-                              for kinds in ([LETTERS], [LETTERS] * 2, [LETTERS] * 3,
-                                            [DIGITS, LETTERS, "-", DIGITS], [LETTERS, *[DIGITS] * 4])])
+        kinds = ([LETTERS], [LETTERS] * 2, [LETTERS] * 3, [DIGITS, LETTERS, "-", DIGITS],
+                 [LETTERS] + [DIGITS] * 4)
+        self.assert_permuted([("AFF, secret=s1", list(map("".join, itertools.product(*kind))))
+                              for kind in kinds])
 
     def test_all_cards_of_1_to_6_encrypted_digits(self):
         """Of 12 digits. The Luhn sum stays what it is, right or wrong."""
