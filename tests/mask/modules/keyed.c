@@ -69,23 +69,23 @@ const PrvEntry* KorvProviderEntry(void) {
     static const PrvMethod methods[] = {
         {"first", PRV_METHOD_KEYED}, {"second", PRV_METHOD_KEYED}, {"plain", 0}, {"other", 0}};
     static const PrvErrorText errors[] = {{1, "no memory"}};
-    static PrvEntry entry;
-    entry.interfaceVersion = PRV_INTERFACE_VERSION;
-    entry.name = PROVIDER_NAME;
-    entry.operands = operands;
-    entry.operandCount = 5;
-    entry.errors = errors;
-    entry.errorCount = 1;
-    entry.open = keyedOpen;
-    entry.mask = keyedMask;
-    entry.close = keyedClose;
-#ifndef ONE_WAY
-    entry.unmask = keyedUnmask;
-#else
     (void)keyedUnmask;
+    static const PrvEntry entry = {
+        .interfaceVersion = PRV_INTERFACE_VERSION,
+        .name = PROVIDER_NAME,
+        .operands = operands,
+        .operandCount = 5,
+        .errors = errors,
+        .errorCount = 1,
+        .open = keyedOpen,
+        .mask = keyedMask,
+        .close = keyedClose,
+#ifndef ONE_WAY
+        .unmask = keyedUnmask,
 #endif
-    entry.promises = promises;
-    entry.methods = methods + METHODS_FROM;
-    entry.methodCount = METHODS_TO - METHODS_FROM;
+        .promises = promises,
+        .methods = methods + METHODS_FROM,
+        .methodCount = METHODS_TO - METHODS_FROM,
+    };
     return &entry;
 }
