@@ -29,7 +29,7 @@ constexpr PrvOperand kOperands[] = {
     {"DAYS", kDays, 0, OPR_VALUE_INTEGER, -kMostDays, kMostDays},
     {"MONTHS", kMonths, 0, OPR_VALUE_INTEGER, -120000, 120000},
     {"YEARS", kYears, 0, OPR_VALUE_INTEGER, -10000, 10000},
-    {"FORMAT", kFormat, PRV_OPERAND_CHECK, OPR_VALUE_WIDE, 0, 0},
+    {"FORMAT", kFormat, 0, OPR_VALUE_WIDE, 0, 0},
     {"LIMIT", kLimit, PRV_OPERAND_CHECK, OPR_VALUE_INTEGER, 1, kMostDays},
     {"RANGE", kRange, 0, OPR_VALUE_NARROW, 0, 0},
     {"PER", kPer, PRV_OPERAND_COLUMN, OPR_VALUE_NARROW, 0, 0},
