@@ -20,7 +20,7 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 PROVIDERS = os.path.join(LIBRARIES, "korv-providers")
 BROKEN_PROVIDERS = os.path.join(LIBRARIES, "broken-providers")
 # A run of the program's own tests takes seconds at most; this ends one that hangs.
-TIMEOUT = 120
+TIMEOUT = 300
 
 sys.path.insert(0, DATA)  # make_customers
 
