@@ -357,6 +357,16 @@ class FlagsTest(SecretsTest):
         wrong = self.mask(masked.out, rules, "--secrets", other, "--unmask", expect=0)
         self.assertNotIn(b"John", wrong.out)
 
+    def test_unmasked_values_are_shown_on_demand_only(self):
+        secrets = self.write_secrets(f"crm = {HEX}\n")
+        masked = self.mask("NO\n123456789\n", "NO = NID, secret=crm\n", "--secrets", secrets, expect=0)
+        self.write("masked.csv", masked.out)
+        arguments = ("masked.csv", "-r", "rules.txt", "--secrets", secrets, "--unmask", "--diff", "1")
+        refused = self.run_program(*arguments)
+        self.assertEqual((2, b""), (refused.returncode, refused.stdout))
+        self.assertIn(b"add --show-clear", refused.stderr)
+        self.assertIn(b"123456789", self.run_program(*arguments, "--show-clear").stdout)
+
     def test_unmask_refuses_what_cannot_be_reversed(self):
         self.write("list.txt", "a = b\n")
         secrets = self.write_secrets(f"crm = {HEX}\n")

@@ -164,6 +164,11 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
             options.newSecret.empty()) {
             throw CLI::RequiredError("--rules");
         }
+        // The values after the change are the clear ones then.
+        if (options.unmask && options.differenceRows > 0 && !options.showClear) {
+            throw CLI::ValidationError("--diff",
+                                       "shows clear values with --unmask; add --show-clear");
+        }
     } catch (const CLI::ParseError& error) {
         status = app.exit(error) == 0 ? kAllMasked : kNotRun;
         return false;
