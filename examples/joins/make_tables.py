@@ -2,7 +2,7 @@
 """Writes the tables of the example to this folder: the same ones every time.
 
 The people are invented. Each table has the identity number in a layout of its own. Some customers
-have no order, some orders belong to nobody in customers.csv, and some are not paid.
+have no order, some orders belong to no customer in customers.csv, and some are not paid.
 """
 import csv
 import datetime

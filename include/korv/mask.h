@@ -109,7 +109,9 @@ typedef enum KorvMaskFlag {
 
 /** A secret that rules refer to as `secret=name`. */
 typedef struct KorvMaskSecret {
-    const char* name;     /**< a lower-case letter, then lower-case letters, digits, underscores */
+    const char* name;     /**< a lower-case letter, then lower-case letters, digits, underscores; at
+                           * most 64 characters, and not 32 or more hexadecimal digits only, which
+                           * could be a secret */
     const uint8_t* bytes; /**< the secret */
     uint32_t length;      /**< its bytes, 16 to 64 */
 } KorvMaskSecret;
@@ -267,7 +269,8 @@ KORV_API uint32_t KorvMaskVersion(void);
  * @param      settings  rules, columns, folders
  * @param[out] mask      the handle; NULL when there is no memory for one, or for KORV_MASK_BAD_ARGUMENT
  * @retval KORV_MASK_SUCCESS      open
- * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, or the settings' size is none of any version
+ * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is none of any version, or
+ *                                a secret has a name or a length that is not allowed
  * @retval KORV_MASK_BAD_RULES    see the records
  * @retval KORV_MASK_BAD_PROVIDER see the records
  * @retval KORV_MASK_NO_MEMORY    out of memory */

@@ -537,7 +537,7 @@ TEST_F(SecretsFileTest, OnlyRegularFilesAreRead) {
     const std::string regular = ": secrets are read from a regular file only";
     EXPECT_EQ(regular, fault(folder.path()));
     EXPECT_EQ(regular, fault("/dev/null"));
-    // Nobody writes to this one: opening it must not wait.
+    // It has no writer: opening it must not wait.
     const std::string fifo = folder.path() + "/fifo";
     ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
     EXPECT_EQ(regular, fault(fifo));

@@ -1,8 +1,8 @@
-"""Whoever has the program can undo its disguises. The same attacks get nothing from values that are
+"""Disguises can be undone with the program. The same attacks get nothing from values that are
 masked under a secret.
 
-Each attack is one function that runs twice. The attacker has the program and runs it with rules of
-his own, but does not know the key or the secret. Against a disguise he recovers what is described
+Each attack is one function that runs twice. The attacker has the program and runs it with other
+rules, but does not know the key or the secret. Against a disguise this recovers what is described
 at the test; against a secret no more than the random hits that are to be expected, plus four
 standard deviations."""
 import collections
@@ -151,7 +151,7 @@ class TransposedDigitsTest(MethodsTest):
 
 
 class EqualNumbersTest(MethodsTest):
-    """NID: different numbers become equal, and equal numbers different. Nobody has to attack; the
+    """NID: different numbers become equal, and equal numbers different. It takes no attack: the
     joins of the masked tables are wrong."""
 
     FOUR_DIGITS = [f"{number:04}" for number in range(10**4)]
