@@ -78,14 +78,16 @@ Column::Column(uint32_t index, std::string name, const Rule* rule)
 }
 
 Column::Column(uint32_t index, std::string name, const Rule& rule, std::unique_ptr<Request> request,
-               MethodChoice choice, std::string mapping, uint32_t related, bool unmask)
+               MethodChoice choice, std::string mapping, RelatedColumn related, bool unmask)
     : Column(index, std::move(name), &rule) {
     request_ = std::move(request);
     choice_ = std::move(choice);
     mapping_ = std::move(mapping);
     const ProviderModule& module = request_->module();
     description_.action = KORV_MASK_PROVIDER;
-    description_.related = related;
+    description_.related = related.index;
+    relatedName_ = std::move(related.name);
+    if (related.index != KORV_MASK_NO_COLUMN) description_.relatedName = relatedName_.c_str();
     description_.module = module.path.c_str();
     for (const std::string& file : request_->files()) files_.push_back(file.c_str());
     description_.files = files_.data();

@@ -19,13 +19,19 @@ class Overrun : public std::exception {};
 // A value has failed whose rule says on-error=abort.
 class Aborted : public std::exception {};
 
+// A column that a rule also reads.
+struct RelatedColumn {
+    uint32_t index = KORV_MASK_NO_COLUMN;  // or the number of columns, when it is not among them
+    std::string name;
+};
+
 class Column {
   public:
     // A column without a provider. `rule` is nullptr when it is kept because it is not listed.
     Column(uint32_t index, std::string name, const Rule* rule);
     // With `unmask` its provider goes backwards.
     Column(uint32_t index, std::string name, const Rule& rule, std::unique_ptr<Request> request,
-           MethodChoice choice, std::string mapping, uint32_t related, bool unmask);
+           MethodChoice choice, std::string mapping, RelatedColumn related, bool unmask);
 
     const KorvMaskColumn& description() const { return description_; }
     const KorvMaskStatistics& statistics() const { return total_.published(); }
@@ -85,6 +91,7 @@ class Column {
     int32_t (*maskValue_)(void* state, const PrvCall* call) = nullptr;
     std::string name_;
     std::string actionName_;
+    std::string relatedName_;
     std::vector<const char*> files_;
     KorvMaskColumn description_ = {};
 

@@ -97,18 +97,23 @@ void Engine::openRules(const KorvMaskSettings& settings) {
         std::vector<std::string>(settings.folders, settings.folders + settings.folderCount));
     if (loadsAll) modules_->loadAll();
     if (settings.rules != nullptr) {
-        rules_ = parseRules(settings.rules,
-                            settings.rulesFile == nullptr ? "rules" : settings.rulesFile);
+        const bool isOne = (flags_ & KORV_MASK_ONE_RULE) != 0;
+        const std::string file = settings.rulesFile != nullptr ? settings.rulesFile
+                                 : isOne                       ? "rule"
+                                                               : "rules";
+        rules_ = isOne ? parseOneRule(settings.rules, file) : parseRules(settings.rules, file);
     } else if (settings.rulesFile != nullptr) {
         rules_ = readRules(settings.rulesFile);
     }
+    rules_.confinesFiles = settings.fileFolderCount > 0;
+    rules_.fileFolders.assign(settings.fileFolders,
+                              settings.fileFolders + settings.fileFolderCount);
     secrets::Secrets secrets;
     readSecrets(settings, secrets);
     if (settings.rules != nullptr || settings.rulesFile != nullptr) {
         const std::vector<std::string> names = namesOf(settings);
         Faults faults;
-        const auto plan = planColumns(rules_, names, (flags_ & KORV_MASK_KEEP_UNLISTED) != 0,
-                                      (flags_ & KORV_MASK_UNNAMED_COLUMNS) != 0, faults);
+        const auto plan = planColumns(rules_, names, flags_, faults);
         openColumns(names, plan, secrets, faults);
         faults.raise();
     }
@@ -147,25 +152,37 @@ std::unique_ptr<Column> Engine::openColumn(uint32_t index, const std::vector<std
     Rule providers = *rule;  // without the engine's operands
     MethodChoice choice =
         chooseMethod(rules_, providers, module, secrets, (flags_ & KORV_MASK_STRICT) != 0, keys_);
-    uint32_t related = KORV_MASK_NO_COLUMN;
-    if (const RuleOperand* operand = relatedColumn(providers, *module.entry)) {
-        const size_t found = findColumn(names, operand->value);
-        if (found == names.size()) {
-            rules_.fail(*rule, operand->position,
-                        "operand " + operand->key + " must name one column, and '" +
-                            operand->value + "' does not");
-        }
-        related = static_cast<uint32_t>(found);
-    }
+    const RelatedColumn related =
+        findRelated(*rule, relatedColumn(providers, *module.entry), names);
     auto request =
         std::make_unique<Request>(rules_, providers, module, choice, names[index],
-                                  related == KORV_MASK_NO_COLUMN ? nullptr : &names[related]);
+                                  related.index == KORV_MASK_NO_COLUMN ? nullptr : &related.name);
     std::string mapping = mappingOf(providers, *module.entry, choice);
     const bool mustBeUnique = choice.mustBeUnique;
     auto column = std::make_unique<Column>(index, names[index], *rule, std::move(request),
                                            std::move(choice), std::move(mapping), related, unmask);
     checkPromises(*rule, module, *column, mustBeUnique);
     return column;
+}
+
+RelatedColumn Engine::findRelated(const Rule& rule, const RuleOperand* operand,
+                                  const std::vector<std::string>& names) const {
+    if (operand == nullptr) return {};
+    // The number of a column says nothing where only some are given.
+    const bool areAll = (flags_ & (KORV_MASK_SOME_COLUMNS | KORV_MASK_ONE_RULE)) == 0;
+    size_t found = names.size();
+    if (areAll || ((flags_ & KORV_MASK_ONE_RULE) == 0 && columnNumber(operand->value) == 0)) {
+        found = findColumn(names, operand->value);
+    }
+    if (found < names.size()) return {static_cast<uint32_t>(found), names[found]};
+    if (areAll) {
+        rules_.fail(rule, operand->position,
+                    "operand " + operand->key + " must name one column, and '" + operand->value +
+                        "' does not");
+    }
+    const std::string& name = operand->value;
+    const bool isQuoted = name.size() > 2 && name.front() == '"' && name.back() == '"';
+    return {static_cast<uint32_t>(found), isQuoted ? name.substr(1, name.size() - 2) : name};
 }
 
 void Engine::checkPromises(const Rule& rule, const ProviderModule& module, const Column& column,

@@ -58,6 +58,8 @@ class Engine {
                      const secrets::Secrets& secrets, Faults& faults);
     std::unique_ptr<Column> openColumn(uint32_t index, const std::vector<std::string>& names,
                                        const Rule* rule, const secrets::Secrets& secrets);
+    RelatedColumn findRelated(const Rule& rule, const RuleOperand* operand,
+                              const std::vector<std::string>& names) const;
     void checkPromises(const Rule& rule, const ProviderModule& module, const Column& column,
                        bool mustBeUnique) const;
     int32_t report(const MaskError& error) noexcept;

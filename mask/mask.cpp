@@ -37,6 +37,14 @@ bool areComplete(const KorvMaskSettings& settings) {
     for (uint32_t i = 0; i < settings.folderCount; ++i) {
         if (settings.folders[i] == nullptr) return false;
     }
+    if (settings.fileFolderCount > 0 && settings.fileFolders == nullptr) return false;
+    for (uint32_t i = 0; i < settings.fileFolderCount; ++i) {
+        if (settings.fileFolders[i] == nullptr) return false;
+    }
+    if ((settings.flags & KORV_MASK_ONE_RULE) != 0 &&
+        (settings.rules == nullptr || settings.columnCount != 1)) {
+        return false;
+    }
     return settings.rules != nullptr || settings.rulesFile != nullptr ||
            (settings.flags & KORV_MASK_ALL_PROVIDERS) != 0;
 }

@@ -5,6 +5,7 @@
 #include <new>
 #include <set>
 
+#include "rule_files.h"
 #include "text/utf8_text.h"
 
 namespace mask {
@@ -25,10 +26,6 @@ bool parseNumber(const std::string& text, int32_t& number) {
 
 std::string bounds(const PrvOperand& description) {
     return std::to_string(description.minimum) + " to " + std::to_string(description.maximum);
-}
-
-bool isAbsolute(const std::string& path) {
-    return !path.empty() && path[0] == '/';
 }
 
 }  // namespace
@@ -114,7 +111,7 @@ void OperandList::add(const Rules& rules, const Rule& rule, const RuleOperand& o
             break;
         case OPR_VALUE_NARROW:
             if ((description.flags & PRV_OPERAND_PATH) != 0) {
-                if (!isAbsolute(narrow)) narrow = rules.folder + narrow;
+                narrow = findRuleFile(rules, rule, operand);
                 files_.push_back(narrow);
             }
             valueText.codePage = KORV_CODEPAGE_NOT_GIVEN;

@@ -52,11 +52,16 @@ Stage stageOf(const Rule& rule) {
 // The columns, and the rules that they have so far.
 class Planner {
   public:
-    Planner(const Rules& rules, const std::vector<std::string>& names, bool unnamed)
-        : plan(names.size()), rules_(rules), names_(names), unnamed_(unnamed) {
+    Planner(const Rules& rules, const std::vector<std::string>& names, uint32_t flags)
+        : plan(names.size()),
+          rules_(rules),
+          names_(names),
+          unnamed_((flags & KORV_MASK_UNNAMED_COLUMNS) != 0),
+          areAll_((flags & (KORV_MASK_SOME_COLUMNS | KORV_MASK_ONE_RULE)) == 0),
+          takesNumbers_(areAll_ || (flags & KORV_MASK_ONE_RULE) != 0) {
         // Without names of their own, columns match * alone, as an empty name does.
         normalNames_.resize(names.size());
-        if (unnamed) return;
+        if (unnamed_) return;
         Faults faults;
         for (size_t i = 0; i < names.size(); ++i) {
             faults.collect([&] { addName(i); });
@@ -94,6 +99,11 @@ class Planner {
 
   private:
     void assignNumber(const Rule& rule) {
+        if (!takesNumbers_) {
+            rules_.fail(rule, 1,
+                        "only some of the columns are given, so @" + std::to_string(rule.number) +
+                            " is not known; give the column by name");
+        }
         if (rule.number > plan.size()) {
             rules_.fail(rule, 1,
                         "no column @" + std::to_string(rule.number) +
@@ -105,6 +115,7 @@ class Planner {
     void assignName(const Rule& rule) {
         const std::vector<size_t>& columns = named(rule);
         if (columns.empty()) {
+            if (!areAll_) return;
             rules_.fail(rule, 1, "no column " + shown(rule.column) + "; " + header());
         }
         std::vector<size_t> open = columns;
@@ -139,7 +150,7 @@ class Planner {
                 twice = std::min(twice, i);
             }
         }
-        if (!found) {
+        if (!found && areAll_) {
             rules_.fail(rule, 1, "no column matches " + shown(rule.column) + "; " + header());
         }
         if (twice < plan.size()) {
@@ -222,6 +233,8 @@ class Planner {
     const Rules& rules_;
     const std::vector<std::string>& names_;
     bool unnamed_;
+    bool areAll_;  // the names are all columns that the rules are for
+    bool takesNumbers_;
     std::vector<std::wstring> normalNames_;
     std::unordered_map<std::string_view, std::vector<size_t>> byLiteral_;
     std::unordered_map<std::wstring_view, std::vector<size_t>> byName_;
@@ -230,14 +243,14 @@ class Planner {
 }  // namespace
 
 std::vector<const Rule*> planColumns(const Rules& rules, const std::vector<std::string>& names,
-                                     bool keepUnlisted, bool unnamed, Faults& faults) {
-    Planner planner(rules, names, unnamed);
+                                     uint32_t flags, Faults& faults) {
+    Planner planner(rules, names, flags);
     for (const Stage stage : {Stage::numbers, Stage::names, Stage::patterns}) {
         for (const Rule& rule : rules.rules) {
             if (stageOf(rule) == stage) faults.collect([&] { planner.assign(rule); });
         }
     }
-    if (!keepUnlisted) faults.collect([&] { planner.refuseUnlisted(); });
+    if ((flags & KORV_MASK_KEEP_UNLISTED) == 0) faults.collect([&] { planner.refuseUnlisted(); });
     return std::move(planner.plan);
 }
 

@@ -11,9 +11,9 @@ namespace mask {
 
 // The rule of each column, or nullptr for a column without a rule. `unnamed` columns have no names
 // of their own. Faults are every rule that fits no column, every column with two rules, and, unless
-// `keepUnlisted`, every column without a rule.
+// columns without a rule are kept, these columns. Of `flags` the ones about columns count.
 std::vector<const Rule*> planColumns(const Rules& rules, const std::vector<std::string>& names,
-                                     bool keepUnlisted, bool unnamed, Faults& faults);
+                                     uint32_t flags, Faults& faults);
 
 // The index of the column that an operand names (`BIRTH`, `"Birth"` or `@3`), or names.size() when
 // there is none, or more than one.

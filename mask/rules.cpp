@@ -124,14 +124,10 @@ void checkAction(const RuleLine& line, Rule& rule) {
     }
 }
 
-Rule parseRule(RuleLine& line) {
-    Rule rule;
+// What follows the column in a rule.
+void parseAction(RuleLine& line, Rule& rule) {
     rule.line = line.number();
     RuleLine::Element element;
-    if (!line.next(L'=', "the column name", element) || !element.delimited) {
-        line.fail(line.endPosition(), "a rule has the form COLUMN = ACTION, operand=value, ...");
-    }
-    setColumn(line, element, rule);
     if (!line.next(L',', "the action", element)) {
         line.fail(line.endPosition(), "the action is missing: write a provider, KEEP or DROP");
     }
@@ -147,6 +143,16 @@ Rule parseRule(RuleLine& line) {
     }
     if (element.delimited) line.fail(line.endPosition(), "an operand is missing after the comma");
     checkAction(line, rule);
+}
+
+Rule parseRule(RuleLine& line) {
+    Rule rule;
+    RuleLine::Element element;
+    if (!line.next(L'=', "the column name", element) || !element.delimited) {
+        line.fail(line.endPosition(), "a rule has the form COLUMN = ACTION, operand=value, ...");
+    }
+    setColumn(line, element, rule);
+    parseAction(line, rule);
     return rule;
 }
 
@@ -162,6 +168,14 @@ std::wstring columnKey(const Rule& rule) {
     throw MaskError(KORV_MASK_BAD_RULES, file + ": " + message);
 }
 
+Rules emptyRules(std::string_view text, const std::string& file) {
+    if (text.size() > kMostBytes) failFile(file, "the rules are larger than 16 MiB");
+    Rules rules;
+    rules.file = file;
+    rules.folder = file.substr(0, file.rfind('/') + 1);
+    return rules;
+}
+
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -173,8 +187,7 @@ void Rules::fail(const Rule& rule, uint32_t position, const std::string& message
 }
 
 Rules parseRules(std::string_view text, const std::string& file) {
-    if (text.size() > kMostBytes) failFile(file, "the rules are larger than 16 MiB");
-    Rules rules{file, file.substr(0, file.rfind('/') + 1), {}};
+    Rules rules = emptyRules(text, file);
     std::unordered_map<std::wstring, uint32_t> lines;  // of the rules, by what they name
     Faults faults;
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
@@ -197,6 +210,23 @@ Rules parseRules(std::string_view text, const std::string& file) {
     }
     faults.raise();
     if (rules.rules.empty()) failFile(file, "there is no rule in it");
+    return rules;
+}
+
+Rules parseOneRule(std::string_view text, const std::string& file) {
+    Rules rules = emptyRules(text, file);
+    RuleLine line(rules.file, 1, text);
+    const size_t end = text.find_first_of("\r\n");
+    if (end != std::string_view::npos) {
+        line.fail(static_cast<uint32_t>(text::toWide(text.substr(0, end)).size() + 1),
+                  "a rule has one line");
+    }
+    Rule rule;
+    rule.column = "@1";
+    rule.match = ColumnMatch::number;
+    rule.number = 1;
+    parseAction(line, rule);
+    rules.rules.push_back(std::move(rule));
     return rules;
 }
 

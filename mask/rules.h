@@ -46,6 +46,8 @@ struct Rules {
     std::string file;    // in messages
     std::string folder;  // where relative file names begin: empty, or with a slash at its end
     std::vector<Rule> rules;
+    bool confinesFiles = false;  // files that rules name must be in fileFolders
+    std::vector<std::string> fileFolders;
 
     // Throws MaskError with the status KORV_MASK_BAD_RULES.
     [[noreturn]] void fail(const Rule& rule, uint32_t position, const std::string& message) const;
@@ -56,6 +58,9 @@ struct Rules {
 // messages, and where relative file names begin. Throws MaskError with everything that is wrong in
 // it.
 Rules parseRules(std::string_view text, const std::string& file);
+
+// Parses one rule without its column, `CCN, secret=crm`. It becomes the rule of column @1.
+Rules parseOneRule(std::string_view text, const std::string& file);
 
 // Reads a rules file, or throws MaskError.
 Rules readRules(const std::string& file);

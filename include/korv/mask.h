@@ -54,7 +54,7 @@ extern "C" {
 #endif
 
 /** The version of this interface. It grows when something is appended. */
-#define KORV_MASK_VERSION 2
+#define KORV_MASK_VERSION 3
 
 /** KorvMaskRecord::row of a record that is not about a value. */
 #define KORV_MASK_NO_ROW UINT64_MAX
@@ -104,7 +104,13 @@ typedef enum KorvMaskFlag {
     KORV_MASK_STRICT = 16,
     /** The batches are masked values, and come back in clear. Refused unless all rules are KEEP or
      * promise PRV_PROMISE_REVERSIBLE. From version 2 on. */
-    KORV_MASK_UNMASK = 32
+    KORV_MASK_UNMASK = 32,
+    /** KorvMaskSettings::rules is one rule without its column, such as `CCN, secret=crm`. It belongs
+     * to the only column. Includes KORV_MASK_SOME_COLUMNS. From version 3 on. */
+    KORV_MASK_ONE_RULE = 64,
+    /** The columns are some of those that the rules are for: a rule that fits none of them is not an
+     * error, and a rule may also read a column that is not among them. From version 3 on. */
+    KORV_MASK_SOME_COLUMNS = 128
 } KorvMaskFlag;
 
 /** A secret that rules refer to as `secret=name`. */
@@ -139,6 +145,14 @@ typedef struct KorvMaskSettings {
                               * hexadecimal digits or base64. A file that others than its owner may
                               * read, or that belongs to another user than this one or root, is
                               * refused, and so is a name that is given twice */
+
+    /* Version 3 */
+
+    const char* const* fileFolders; /**< folders of the files that rules name, such as lookup files;
+                                     * searched in order. A file elsewhere is refused, also one that
+                                     * a link leads to */
+    uint32_t fileFolderCount; /**< number of folders; 0: any file may be named, and relative names
+                               * begin in the folder of the rules */
 } KorvMaskSettings;
 
 /** An open set of rules. */
@@ -161,7 +175,9 @@ typedef struct KorvMaskColumn {
     int32_t action;         /**< KorvMaskAction */
     uint32_t rulesLine;     /**< line of its rule, from 1; 0 for an unlisted column */
     const char* rulePattern; /**< the column name or pattern as the rule gives it, or NULL */
-    uint32_t related;  /**< index of the column that the rule also reads, or KORV_MASK_NO_COLUMN */
+    uint32_t related;  /**< index of the column that the rule also reads, or KORV_MASK_NO_COLUMN. It
+                        * is the number of columns when KORV_MASK_SOME_COLUMNS is given and the
+                        * column is not among them */
     uint32_t promises; /**< of the provider: PrvPromise, added up */
     const char* onError; /**< "empty", "null", "const", "drop-row" or "abort" */
     const char* module;  /**< path of the provider's module, or NULL */
@@ -177,6 +193,10 @@ typedef struct KorvMaskColumn {
     const char* scope;       /**< the rule's scope, "" without one */
     const char* mapping; /**< a text of the method and the operands. Columns that have it, module,
                           * secret and scope in common mask equal values equally */
+
+    /* Version 3 */
+
+    const char* relatedName; /**< name of the column that the rule also reads, or NULL */
 } KorvMaskColumn;
 
 /** A loaded provider. It lives until KorvMaskClose. */
@@ -269,8 +289,9 @@ KORV_API uint32_t KorvMaskVersion(void);
  * @param      settings  rules, columns, folders
  * @param[out] mask      the handle; NULL when there is no memory for one, or for KORV_MASK_BAD_ARGUMENT
  * @retval KORV_MASK_SUCCESS      open
- * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is none of any version, or
- *                                a secret has a name or a length that is not allowed
+ * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is of no version, a secret has
+ *                                a name or a length that is not allowed, or KORV_MASK_ONE_RULE is
+ *                                given without rules or with another number of columns than one
  * @retval KORV_MASK_BAD_RULES    see the records
  * @retval KORV_MASK_BAD_PROVIDER see the records
  * @retval KORV_MASK_NO_MEMORY    out of memory */

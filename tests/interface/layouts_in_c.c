@@ -259,7 +259,7 @@ static const struct {
     AT(OdbcTimestamp, second, 10, 10),
     AT(OdbcTimestamp, fraction, 12, 12),
 
-    SIZE(KorvMaskSettings, 44, 80),
+    SIZE(KorvMaskSettings, 52, 96),
     AT(KorvMaskSettings, size, 0, 0),
     AT(KorvMaskSettings, flags, 4, 8),
     AT(KorvMaskSettings, columnCount, 8, 12),
@@ -271,13 +271,15 @@ static const struct {
     AT(KorvMaskSettings, secrets, 32, 56),
     AT(KorvMaskSettings, secretCount, 36, 64),
     AT(KorvMaskSettings, secretsFile, 40, 72),
+    AT(KorvMaskSettings, fileFolders, 44, 80),
+    AT(KorvMaskSettings, fileFolderCount, 48, 88),
 
     SIZE(KorvMaskSecret, 12, 24),
     AT(KorvMaskSecret, name, 0, 0),
     AT(KorvMaskSecret, bytes, 4, 8),
     AT(KorvMaskSecret, length, 8, 16),
 
-    SIZE(KorvMaskColumn, 68, 120),
+    SIZE(KorvMaskColumn, 72, 128),
     AT(KorvMaskColumn, name, 0, 0),
     AT(KorvMaskColumn, actionName, 4, 8),
     AT(KorvMaskColumn, action, 8, 16),
@@ -295,6 +297,7 @@ static const struct {
     AT(KorvMaskColumn, fingerprint, 56, 96),
     AT(KorvMaskColumn, scope, 60, 104),
     AT(KorvMaskColumn, mapping, 64, 112),
+    AT(KorvMaskColumn, relatedName, 68, 120),
 
     SIZE(KorvMaskProvider, 12, 24),
     AT(KorvMaskProvider, name, 0, 0),

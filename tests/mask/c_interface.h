@@ -122,6 +122,7 @@ struct Setting {
     std::optional<std::string> rulesFile = std::nullopt;
     std::map<std::string, std::string> secrets = {{"test", "0123456789abcdefghijklmnopqrstuv"}};
     std::optional<std::string> secretsFile = std::nullopt;
+    std::vector<std::string> fileFolders = {};
 };
 
 inline std::vector<const char*> pointers(const std::vector<std::string>& texts) {
@@ -137,6 +138,7 @@ class Mask {
     explicit Mask(const std::optional<std::string>& rules, const Setting& setting = Setting()) {
         const std::vector<const char*> columns = pointers(setting.columns);
         const std::vector<const char*> folders = pointers(setting.folders);
+        const std::vector<const char*> fileFolders = pointers(setting.fileFolders);
         KorvMaskSettings settings = {};
         settings.size = sizeof settings;
         settings.flags = setting.flags;
@@ -154,6 +156,8 @@ class Mask {
         settings.secrets = secrets.data();
         settings.secretCount = static_cast<uint32_t>(secrets.size());
         settings.secretsFile = setting.secretsFile ? setting.secretsFile->c_str() : nullptr;
+        settings.fileFolders = fileFolders.data();
+        settings.fileFolderCount = static_cast<uint32_t>(fileFolders.size());
         opened = KorvMaskOpen(&settings, &handle);
     }
     ~Mask() { KorvMaskClose(handle); }

@@ -108,6 +108,11 @@ TEST_F(OpenTest, PointersMustBeThereWhereACountSaysSo) {
     settings = working();
     settings.folders = nothing;
     EXPECT_EQ(KORV_MASK_BAD_ARGUMENT, open(settings));
+    settings = working();
+    settings.fileFolderCount = 1;
+    EXPECT_EQ(KORV_MASK_BAD_ARGUMENT, open(settings));
+    settings.fileFolders = nothing;
+    EXPECT_EQ(KORV_MASK_BAD_ARGUMENT, open(settings));
 }
 
 TEST_F(OpenTest, ClosingNothingDoesNothing) {

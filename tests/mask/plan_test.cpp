@@ -17,16 +17,13 @@ class PlanTest : public testing::Test {
     void TearDown() override { std::setlocale(LC_CTYPE, "C"); }
 };
 
-enum Option { kPlain = 0, kKeepUnlisted = 1, kUnnamed = 2 };
-
 // The line of each column's rule, 0 for none; or the messages.
-std::string plan(const std::string& text, const Names& names, int options = kPlain) {
+std::string plan(const std::string& text, const Names& names, uint32_t flags = 0) {
     const mask::Rules rules = mask::parseRules(text, "r");
     std::string result;
     try {
         mask::Faults faults;
-        const auto planned = mask::planColumns(rules, names, (options & kKeepUnlisted) != 0,
-                                               (options & kUnnamed) != 0, faults);
+        const auto planned = mask::planColumns(rules, names, flags, faults);
         faults.raise();
         for (const mask::Rule* rule : planned) {
             if (!result.empty()) result += ' ';
@@ -48,16 +45,16 @@ TEST_F(PlanTest, NamesIgnoreCaseAndQuotedNamesDoNot) {
     EXPECT_EQ("1", plan("ÄÖÜ = AFF\n", {"äöü"}));
     EXPECT_EQ("2 1", plan("\"id\" = KEEP\n\"ID\" = KEEP\n", {"ID", "id"}));
     EXPECT_EQ("r:1:1: no column Ort; the header is ORT",
-              plan("\"Ort\" = AFF", {"ORT"}, kKeepUnlisted));
+              plan("\"Ort\" = AFF", {"ORT"}, KORV_MASK_KEEP_UNLISTED));
     EXPECT_EQ("r:1:1: no column strasse; the header is straße",
-              plan("strasse = AFF", {"straße"}, kKeepUnlisted));
+              plan("strasse = AFF", {"straße"}, KORV_MASK_KEEP_UNLISTED));
     EXPECT_EQ("1 2", plan("\"A*\" = KEEP\n\"@1\" = KEEP\n", {"A*", "@1"}));
 }
 
 TEST_F(PlanTest, NumbersCountFromOne) {
-    EXPECT_EQ("2 0 1", plan("@3 = KEEP\n@1 = KEEP\n", {"A", "B", "C"}, kKeepUnlisted));
+    EXPECT_EQ("2 0 1", plan("@3 = KEEP\n@1 = KEEP\n", {"A", "B", "C"}, KORV_MASK_KEEP_UNLISTED));
     EXPECT_EQ("r:1:1: no column @4; the number of columns is 3",
-              plan("@4 = KEEP\n", {"A", "B", "C"}, kKeepUnlisted));
+              plan("@4 = KEEP\n", {"A", "B", "C"}, KORV_MASK_KEEP_UNLISTED));
 }
 
 TEST_F(PlanTest, PatternsIgnoreCase) {
@@ -98,7 +95,8 @@ TEST_F(PlanTest, PatternsIgnoreCase) {
                                                : "r:1:1: no column matches " +
                                                      std::string(c.pattern) + "; the header is " +
                                                      (c.name[0] == 0 ? "@1" : c.name);
-        EXPECT_EQ(expected, plan(std::string(c.pattern) + " = KEEP", {c.name}, kKeepUnlisted))
+        EXPECT_EQ(expected,
+                  plan(std::string(c.pattern) + " = KEEP", {c.name}, KORV_MASK_KEEP_UNLISTED))
             << c.pattern << ' ' << c.name;
     }
 }
@@ -108,8 +106,8 @@ TEST_F(PlanTest, AHostilePatternTakesNoTime) {
     for (int i = 0; i < 100; ++i) pattern += "*A";
     const std::string name(5000, 'A');
     EXPECT_EQ("1", plan(pattern + " = KEEP", {name}));
-    EXPECT_EQ(0u,
-              plan(pattern + "*B = KEEP", {name}, kKeepUnlisted).find("r:1:1: no column matches"));
+    EXPECT_EQ(0u, plan(pattern + "*B = KEEP", {name}, KORV_MASK_KEEP_UNLISTED)
+                      .find("r:1:1: no column matches"));
 }
 
 TEST_F(PlanTest, AnExactRuleBeatsAPattern) {
@@ -171,7 +169,7 @@ TEST_F(PlanTest, ARuleThatFitsNoColumnIsRefused) {
         "r:2:1: no column CARD; the header is ID, First Name, @3, a?b\n"
         "r:3:1: no column matches ADDR*; the header is ID, First Name, @3, a?b",
         plan("ID = KEEP\nCARD = KEEP\nADDR* = KEEP\n", {"ID", "First Name", "", "a\nb"},
-             kKeepUnlisted));
+             KORV_MASK_KEEP_UNLISTED));
     EXPECT_EQ("r:1:1: no column A; there are no columns", plan("A = KEEP", {}));
 }
 
@@ -182,7 +180,7 @@ TEST_F(PlanTest, ALongHeaderIsCut) {
     EXPECT_EQ("r:1:1: no column A; the header is " + std::string(60, 'x') +
                   "..., C2, C3, C4, C5, C6, C7, C8, C9, C10, C11, C12, C13, C14, C15, C16, C17, "
                   "C18, C19, C20 and 2 more",
-              plan("A = KEEP", names, kKeepUnlisted));
+              plan("A = KEEP", names, KORV_MASK_KEEP_UNLISTED));
 }
 
 TEST_F(PlanTest, UnlistedColumnsAreOneFault) {
@@ -193,7 +191,7 @@ TEST_F(PlanTest, UnlistedColumnsAreOneFault) {
     EXPECT_EQ(
         "r: column ADDR has no rule; add one, such as ADDR = KEEP, or keep all unlisted columns",
         plan("ID = KEEP", {"ADDR", "ID"}));
-    EXPECT_EQ("0 1 0", plan("ID = KEEP", {"ADDR", "ID", "CITY"}, kKeepUnlisted));
+    EXPECT_EQ("0 1 0", plan("ID = KEEP", {"ADDR", "ID", "CITY"}, KORV_MASK_KEEP_UNLISTED));
     EXPECT_EQ(
         "r:1:1: no column CRAD; the header is CARD\n"
         "r: column CARD has no rule; add one, such as CARD = KEEP, or keep all unlisted columns",
@@ -215,7 +213,7 @@ TEST_F(PlanTest, TheRuleThatAMessageSuggestsMeansTheColumn) {
         const size_t first = message.find(", such as ") + 10;
         const std::string rule = message.substr(first, message.find(", or keep") - first);
         // Not in the first line, where a byte order mark is no part of the name.
-        EXPECT_EQ("0 2 0 0", plan('\n' + rule, names, kKeepUnlisted)) << rule;
+        EXPECT_EQ("0 2 0 0", plan('\n' + rule, names, KORV_MASK_KEEP_UNLISTED)) << rule;
     }
     const std::string longName(100, 'x');
     EXPECT_NE(plan("@1 = KEEP", {"ID", longName}).find("such as @2 = KEEP"), std::string::npos);
@@ -223,7 +221,7 @@ TEST_F(PlanTest, TheRuleThatAMessageSuggestsMeansTheColumn) {
 
 TEST_F(PlanTest, UnnamedColumnsHaveNumbersOnly) {
     const Names names = {"@1", "@2", "@3"};
-    EXPECT_EQ("2 1 2", plan("@2 = KEEP\n* = KEEP\n", names, kUnnamed));
+    EXPECT_EQ("2 1 2", plan("@2 = KEEP\n* = KEEP\n", names, KORV_MASK_UNNAMED_COLUMNS));
     EXPECT_EQ(
         "r:1:1: no column \xEF\xBC\xA0"
         "1; the columns have no names, write @1 to @3\n"
@@ -231,11 +229,11 @@ TEST_F(PlanTest, UnnamedColumnsHaveNumbersOnly) {
         "r:3:1: no column matches ?1; the columns have no names, write @1 to @3",
         plan("\xEF\xBC\xA0"
              "1 = KEEP\n\"@1\" = KEEP\n?1 = KEEP\n",
-             names, kUnnamed | kKeepUnlisted));
+             names, KORV_MASK_UNNAMED_COLUMNS | KORV_MASK_KEEP_UNLISTED));
     EXPECT_EQ(
         "r: columns @1, @3 have no rule; add a rule for each, such as @1 = KEEP, or keep all "
         "unlisted columns",
-        plan("@2 = KEEP", names, kUnnamed));
+        plan("@2 = KEEP", names, KORV_MASK_UNNAMED_COLUMNS));
 }
 
 TEST_F(PlanTest, ANameThatIsNotTextIsRefused) {
@@ -253,7 +251,7 @@ TEST_F(PlanTest, ManyRulesAndColumnsArePossible) {
     }
     const mask::Rules rules = mask::parseRules(text, "r");
     mask::Faults faults;
-    const auto planned = mask::planColumns(rules, names, false, false, faults);
+    const auto planned = mask::planColumns(rules, names, 0, faults);
     faults.raise();
     for (size_t i = 0; i < names.size(); ++i) ASSERT_EQ(i + 1, planned[i]->line);
 }
