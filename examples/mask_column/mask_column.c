@@ -48,19 +48,18 @@ static void printValues(const KorvMaskResult* result) {
 
 int main(int argc, char** argv) {
     const char* columns[] = {"VALUE"};
-    char rules[1000];
     KorvMaskSettings settings = {0};
     KorvMask* mask;
     int32_t status;
-    if (argc < 2 || argc > 3 || strlen(argv[1]) > sizeof rules - 20) {
+    if (argc < 2 || argc > 3) {
         fprintf(stderr, "usage: mask_column RULE [SECRETS]\n");
         return 2;
     }
 
-    /* 2. The rules, for a table of one column. */
-    sprintf(rules, "VALUE = %s", argv[1]);
+    /* 2. One rule, for one column. */
     settings.size = sizeof settings;
-    settings.rules = rules;
+    settings.flags = KORV_MASK_ONE_RULE;
+    settings.rules = argv[1];
     settings.columns = columns;
     settings.columnCount = 1;
     settings.secretsFile = argc == 3 ? argv[2] : NULL;
