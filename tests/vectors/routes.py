@@ -37,5 +37,6 @@ def command_line(folder, program):
     if run.returncode != 1:  # some values fail, on purpose
         raise RuntimeError(run.stderr.decode())
     with open(report, encoding="utf-8") as file:
-        matches = [REPORT_LINE.fullmatch(line.rstrip("\n")) for line in file]
+        *lines, _ = file.read().splitlines()  # the last line is a summary
+    matches = [REPORT_LINE.fullmatch(line) for line in lines]
     return read_table(output)[1:], sorted((int(match[1]), match[2], match[3]) for match in matches)
