@@ -78,7 +78,7 @@ class Aff {
         : method_(operands.isMethod("reverse")  ? Method::reverse
                   : operands.isMethod("number") ? Method::number
                                                 : Method::shuffle) {
-        if (operands.isMethod("ff1")) permutation_.emplace(operands.key());
+        if (operands.isMethod("ff1")) permutation_.emplace(provider::keyOf(operands));
     }
 
     template <typename Char>
@@ -144,4 +144,4 @@ class Aff {
 
 }  // namespace
 
-KORV_PROVIDER("AFF", Aff, kMethods, kOperands, kErrors)
+KORV_PROVIDER("AFF", provider::Permuting<Aff>, kMethods, kOperands, kErrors)

@@ -85,7 +85,7 @@ class Age {
             operands.require(kRange, L"RANGE");
             range_ = rangeOf(operands.wide(kRange));
             isPerColumn_ = operands.has(kPer);
-            hash_.emplace(operands.key());
+            hash_.emplace(provider::keyOf(operands));
             return;
         }
         operands.refuse(kRange, L"RANGE");

@@ -100,7 +100,7 @@ class Ccn {
         if (operands.isMethod("ff1")) {
             operands.refuse(kKey, L"KEY");
             operands.refuse(kShift, L"SHIFT");
-            permutation_.emplace(operands.key());
+            permutation_.emplace(provider::keyOf(operands));
         } else {
             operands.require(kKey, L"KEY");
             operands.refuse(kLast, L"LAST");
@@ -196,4 +196,4 @@ class Ccn {
 
 }  // namespace
 
-KORV_PROVIDER("CCN", Ccn, kMethods, kOperands, kErrors)
+KORV_PROVIDER("CCN", provider::Permuting<Ccn>, kMethods, kOperands, kErrors)

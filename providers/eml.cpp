@@ -4,6 +4,7 @@
 //   ff1        the letters and digits of the user part are encrypted; the domain stays
 //   transpose  the user part is masked after a prefix that stays, the domain stays or is replaced,
 //              and the case of letters is normalised; a disguise
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -118,7 +119,7 @@ Domain domainOf(const provider::Operands& operands, Case letterCase, bool isPseu
 class Pseudonyms {
   public:
     explicit Pseudonyms(const provider::Operands& operands)
-        : hash_(operands.key()),
+        : hash_(provider::keyOf(operands)),
           domain_(domainOf(operands, Case::lower, true)),
           length_(operands.number(kLength, 16)) {}
 
@@ -283,7 +284,7 @@ class Eml {
             throw Error(kBadOperand, {{KORV_TOKID_PARMKEY, L"DOMAIN"},
                                       {KORV_TOKID_PARMVALUE, operands.wide(kDomain)}});
         }
-        permutation_.emplace(operands.key());
+        permutation_.emplace(provider::keyOf(operands));
     }
 
     template <typename Char>
@@ -333,7 +334,7 @@ class Eml {
     static void appendDomain(const Text<wchar_t>& text, int32_t user, std::string& tweak) {
         std::wstring domain(text.view().substr(static_cast<size_t>(user)));
         KORV_StrToWLower(domain.data());
-        tweak += text::toUtf8(domain);
+        tweak += provider::toUtf8(domain);
     }
 
     // One of them.
@@ -344,4 +345,4 @@ class Eml {
 
 }  // namespace
 
-KORV_PROVIDER("EML", Eml, kMethods, kOperands, kErrors)
+KORV_PROVIDER("EML", provider::Permuting<Eml>, kMethods, kOperands, kErrors)

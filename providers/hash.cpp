@@ -90,7 +90,7 @@ class Hash {
     explicit Hash(const provider::Operands& operands) {
         if (operands.isMethod("pick")) {
             operands.refuse(kSeed, L"SEED");
-            keyed_.emplace(operands.key());
+            keyed_.emplace(provider::keyOf(operands));
         } else {
             operands.require(kSeed, L"SEED");
             takeSeed(operands.wide(kSeed));

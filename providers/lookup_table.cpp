@@ -1,6 +1,8 @@
 // Reading of a lookup file.
 #include "providers/lookup_table.h"
 
+#include <algorithm>
+
 #include "providers/text_lines.h"
 
 namespace provider {
@@ -29,7 +31,7 @@ void LookupTable::add(const std::wstring& path, const std::string& line, int32_t
     std::string replacement = withoutBlanks(whole.substr(separator + 1));
     if (value.empty() || replacement.empty()) throw fail(kBadLine);
 
-    std::wstring lowered = widen(value);
+    std::wstring lowered = toWide(value);
     KORV_StrToWLower(lowered.data());
     const auto [entry, isNew] =
         replacements_.try_emplace(std::move(lowered), std::move(replacement));

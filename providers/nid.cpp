@@ -2,6 +2,7 @@
 // checked.
 //   ff1        all digits are encrypted together; with letters, those too; or as an integer
 //   transpose  every run of digits is transposed by key; a disguise
+#include <algorithm>
 #include <optional>
 
 #include "providers/digits.h"
@@ -83,7 +84,7 @@ class Nid {
         if (operands.isMethod("ff1")) {
             operands.refuse(kKey, L"KEY");
             operands.refuse(kShift, L"SHIFT");
-            permutation_.emplace(operands.key());
+            permutation_.emplace(provider::keyOf(operands));
         } else {
             operands.require(kKey, L"KEY");
             operands.refuse(kPrefix, L"PREFIX");
@@ -289,4 +290,4 @@ class Nid {
 
 }  // namespace
 
-KORV_PROVIDER("NID", Nid, kMethods, kOperands, kErrors)
+KORV_PROVIDER("NID", provider::Permuting<Nid>, kMethods, kOperands, kErrors)

@@ -1,6 +1,7 @@
 // The digits and letters of a text as numerals, which are permuted together.
 #pragma once
 
+#include <algorithm>
 #include <cwchar>
 #include <cwctype>
 

@@ -4,7 +4,6 @@
 #include <cerrno>
 
 #include "providers/text_lines.h"
-#include "text/utf8_text.h"
 
 namespace provider {
 
@@ -14,7 +13,7 @@ constexpr off_t kLargestFile = 1 << 30;
 
 struct stat statusOf(const std::wstring& path) {
     struct stat status;
-    if (stat(text::toUtf8(path).c_str(), &status) != 0) throw fileError(path, errno);
+    if (stat(toUtf8(path).c_str(), &status) != 0) throw fileError(path, errno);
     if (S_ISDIR(status.st_mode)) throw fileError(path, EISDIR);
     // What can be read only once cannot be read by several threads.
     if (!S_ISREG(status.st_mode)) {

@@ -11,14 +11,14 @@ namespace provider {
 
 Error fileError(const std::wstring& path, int reason) {
     if (reason == 0) return Error(kBadFile, {{KORV_TOKID_PATH, path}});
-    const std::wstring message = text::toWide(std::generic_category().message(reason));
+    const std::wstring message = toWide(std::generic_category().message(reason));
     return Error(kBadFile, {{KORV_TOKID_PATH, path}, {KORV_TOKID_ERRMSG, message}});
 }
 
 void readLines(const std::wstring& path,
                const std::function<void(const std::string& line, int32_t number)>& take) {
     errno = 0;
-    std::ifstream input(text::toUtf8(path), std::ios::binary);
+    std::ifstream input(toUtf8(path), std::ios::binary);
     if (!input) throw fileError(path, errno);
     bool anyLine = false;
     std::string line;

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "providers/provider_error.h"
+#include "providers/value_text.h"
 
 namespace provider {
 

@@ -298,14 +298,14 @@ struct Throwing {
         if (what == L"runtime") throw std::runtime_error("secret");
         if (what == L"length") (void)std::string().at(1);
         if (what == L"number") throw 1;
-        if (what == L"conversion") throw text::ConversionError(1);
+        if (what == L"conversion") (void)provider::toWide("\xFF");
         if (what == L"own") throw provider::Error(7, {{KORV_TOKID_CHAR_POS, 1}});
     }
 };
 constexpr PrvOperand kOperands[] = {{"WHAT", 1, 0, OPR_VALUE_WIDE, 0, 0}};
 
 TEST_F(ProviderEntryTest, OnlyAFailedAllocationIsReportedAsOutOfMemory) {
-    PrvEntry entry = provider::Glue<Throwing>::entry();
+    PrvEntry entry = korv::provider::detail::Glue<Throwing>::entry();
     entry.name = "CCN";
     entry.operands = kOperands;
     entry.operandCount = 1;
