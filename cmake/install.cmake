@@ -43,12 +43,14 @@ configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/korv-support-config.cm
 write_basic_package_version_file(korv-support-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config-version.cmake
+              ${CMAKE_CURRENT_LIST_DIR}/korv_add_provider.cmake
         DESTINATION ${packages} COMPONENT development)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
               ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/provider_template
+                  ${PROJECT_SOURCE_DIR}/examples/provider_template_cpp
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT documentation)
 install(FILES ${PROJECT_SOURCE_DIR}/examples/mask_column/mask_column.c
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/mask_column COMPONENT documentation)

@@ -37,20 +37,15 @@
  * of one rule is used by one thread at a time.
  *
  * Further members, each of them optional:
- *
- * @code
- * // Instead of the other mask: also takes the value of the column that an operand names.
- * template <typename Char> void mask(Text<Char>& text, Related related);
- * // Turns a masked text back into the clear one.
- * template <typename Char> void unmask(Text<Char>& text);
- * // Masks many texts in one call, when usesBatches() returns true.
- * template <typename Char> void maskAll(std::vector<Item<Char>>& items);
- * bool usesBatches() const;
- * // What the rule promises: PrvPromise, added up.
- * uint32_t promises() const;
- * // Rules to try the provider with: the text after `COLUMN =`.
- * static constexpr const char* kSampleRules[] = {"STARS", "STARS, keep=2"};
- * @endcode
+ *   - `template <typename Char> void mask(Text<Char>& text, Related related)`, instead of the other
+ *     mask, also takes the value of the column that an operand names.
+ *   - `template <typename Char> void unmask(Text<Char>& text)` turns a masked text back into the
+ *     clear one.
+ *   - `template <typename Char> void maskAll(std::vector<Item<Char>>& items)` masks many texts in
+ * one call, if `bool usesBatches() const` returns true.
+ *   - `std::uint32_t promises() const` returns what the rule promises: PrvPromise, added up.
+ *   - `static constexpr const char* kSampleRules[] = {"STARS, keep=2"}` are rules to try the
+ * provider with: the text after `COLUMN =`.
  *
  * The header needs the support library and the C++ run-time library. */
 #ifndef KORV_PROVIDER_HPP

@@ -28,7 +28,8 @@ def environment(prefix: pathlib.Path) -> dict[str, str]:
             "CMAKE_PREFIX_PATH": str(prefix), "LD_LIBRARY_PATH": str(libraries), "LC_ALL": "C.UTF-8",
             "CMAKE_GENERATOR": "Ninja",
             "PATH": f"{prefix / 'bin'}:{os.environ['PATH']}", "PREFIX": str(prefix),
-            "TEMPLATE": str(HERE.parent.parent / "examples/provider_template")}
+            "TEMPLATE": str(HERE.parent.parent / "examples/provider_template"),
+            "TEMPLATE_CPP": str(HERE.parent.parent / "examples/provider_template_cpp")}
 
 
 def run(commands: str, folder: pathlib.Path, variables: dict[str, str]) -> str:

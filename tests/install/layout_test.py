@@ -13,15 +13,17 @@ def packages(*libraries):
     return {f"pkgconfig/{library}.pc" for library in libraries} | {
         f"cmake/korv-support/{library}-{name}.cmake"
         for library in libraries for name in TARGETS} | {
-        f"cmake/korv-support/korv-support-{name}.cmake" for name in ("config", "config-version")}
+        f"cmake/korv-support/{name}.cmake"
+        for name in ("korv-support-config", "korv-support-config-version", "korv_add_provider")}
 
 
 HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
-TEMPLATE = SOURCE / "examples/provider_template"
+TEMPLATES = ("provider_template", "provider_template_cpp")
 DOCUMENTS = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md"} | {
     f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
     if path.is_file() and path.parent.name != "reference"} | {
-    f"examples/provider_template/{path.name}" for path in TEMPLATE.iterdir()} | {
+    f"examples/{name}/{path.name}" for name in TEMPLATES
+    for path in (SOURCE / "examples" / name).iterdir()} | {
     "examples/mask_column/mask_column.c"}
 DATA = {"customers.csv", "rules.txt", "cities.txt", "first_names.txt"}
 PROVIDERS = {path.name for path in (BUILD / "lib/korv-providers").glob("*.so")}

@@ -6,7 +6,7 @@ import re
 from installation import (BITS, BUILD, CC, CONSUMERS, ENGINE, FLAGS, LINKED, SOURCE,
                           InstallationTest, main)
 
-TEMPLATE = SOURCE / "examples/provider_template"
+TEMPLATES = [SOURCE / "examples" / name for name in ("provider_template", "provider_template_cpp")]
 HAS_LIBCRYPTO = "KORV_LIBCRYPTO_LINKS:INTERNAL=1" in (BUILD / "CMakeCache.txt").read_text()
 
 
@@ -91,15 +91,21 @@ class ConsumersTest(InstallationTest):
         self.prefix.rename(moved)
         self.check_both_routes(moved)
 
-    def test_a_provider_from_the_template(self):
-        self.configure(TEMPLATE, "build", f"-DCMAKE_PREFIX_PATH={self.prefix}")
-        self.run_command("cmake", "--build", self.folder / "build")
+    def test_providers_from_the_templates(self):
         (self.folder / "rules.txt").write_text("PHONE = DSWAP, at=1\n")
-        (self.folder / "clear.csv").write_text("PHONE\n123-45\n\nä89\n")
-        self.run_command(self.prefix / "bin/korv-mask", "--providers", self.folder / "build",
-                         "--rules", "rules.txt", "clear.csv", "--output", "masked.csv")
-        self.assertEqual("PHONE\n132-54\n\nä98\n",
-                         (self.folder / "masked.csv").read_text(encoding="utf-8").replace('""', ""))
+        (self.folder / "clear.csv").write_text("PHONE\n123-45\n\nä89\n1x2\n")
+        for template in TEMPLATES:
+            build = self.folder / template.name
+            self.configure(template, template.name, f"-DCMAKE_PREFIX_PATH={self.prefix}")
+            self.run_command("cmake", "--build", build)
+            self.run_command(self.prefix / "bin/korv-mask", "--providers", build, "--rules", "rules.txt",
+                             "clear.csv", "--output", "masked.csv", "--report", "report.txt", status=1)
+            masked = (self.folder / "masked.csv").read_text(encoding="utf-8").replace('""', "")
+            self.assertEqual("PHONE\n132-54\n\nä98\n\n", masked)
+            self.assertIn("DSWAP error 1, no two neighbouring digits: KORV_TOKID_COLNAME=PHONE "
+                          "KORV_TOKID_SRCLEN=3", (self.folder / "report.txt").read_text())
+            exported = self.run_command("nm", "-D", "--defined-only", build / "libkorvprv_dswap.so")
+            self.assertEqual(["KorvProviderEntry"], [line.split()[-1] for line in exported.splitlines()])
 
 
 class WithoutTheEngineTest(InstallationTest):
