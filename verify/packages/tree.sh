@@ -1,0 +1,25 @@
+# Makes trees with a Debian system in them, which are gone when their work is done. Sourced with the folder
+# to work in as $work; the packages that apt has fetched stay in $work/cache.
+mirror=http://deb.debian.org/debian
+
+# in_tree VARIANT ARCHITECTURES FILE... -- COMMAND...: runs the command in a tree with the files in
+# /work, and takes what it leaves in /work/out to $work/debs. The command's folder is /work.
+in_tree() {
+    local variant=$1 architectures=$2 copies=()
+    shift 2
+    while [ "$1" != -- ]; do
+        copies+=("$1")
+        shift
+    done
+    shift
+    mkdir -p "$work/cache/partial"
+    mmdebstrap --quiet --variant="$variant" --architectures="$architectures" \
+        --skip=essential/unlink --dpkgopt=force-unsafe-io \
+        --setup-hook='mkdir -p "$1/var/cache/apt/archives" "$1/work/out"' \
+        --setup-hook="sync-in $work/cache /var/cache/apt/archives" \
+        --customize-hook="copy-in ${copies[*]} /work" \
+        --customize-hook="chroot \"\$1\" env -C /work $*" \
+        --customize-hook="sync-out /var/cache/apt/archives $work/cache" \
+        --customize-hook="sync-out /work/out $work/debs" \
+        bookworm /dev/null "deb $mirror bookworm main"
+}
