@@ -113,6 +113,14 @@ def _fitting(text: str, type: pa.DataType) -> str | None:
     return text if back.removesuffix(zone).startswith(text.removesuffix(zone)) else None
 
 
+def json_numbers(texts: pa.Array, numbers: pa.BooleanArray) -> tuple[pa.Array, list[int]]:
+    """The texts, with NULL for those that must be JSON's numbers and are not, and the indices of these."""
+    fits = pc.match_substring_regex(texts, r"^-?(0|[1-9][0-9]*)(\.[0-9]+)?([eE][-+]?[0-9]+)?$")
+    wrong = pc.and_(numbers, pc.fill_null(pc.invert(fits), False))
+    misfits = pc.indices_nonzero(wrong).to_pylist()
+    return (pc.if_else(wrong, pa.scalar(None, texts.type), texts), misfits) if misfits else (texts, [])
+
+
 def without_failed(texts: pa.Array, states: bytes, failed: bytes) -> pa.Array:
     """The texts with NULL for those that are empty and whose state is one of `failed`."""
     has_failed = pa.array([state in failed for state in states])

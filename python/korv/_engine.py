@@ -424,7 +424,7 @@ def _strings_of(array: pa.Array) -> KorvMaskStrings:
 
 def _copied(address: int | None, size: int) -> pa.Buffer:
     buffer = pa.allocate_buffer(size)
-    if size > 0:
+    if address is not None and size > 0:
         ctypes.memmove(buffer.address, address, size)
     return buffer
 

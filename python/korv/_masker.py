@@ -74,7 +74,7 @@ class Masker:
     ) -> None:
         if not isinstance(rules, str):
             raise TypeError("the rules must be a str with their text, or a Path")
-        given = _engine.Secrets(secrets) if isinstance(secrets, Mapping) else None
+        given = _engine.Secrets(dict(secrets)) if isinstance(secrets, Mapping) else None
         path = None if secrets is None or isinstance(secrets, Mapping) else os.path.abspath(secrets)
         self._settings = _engine.Settings(
             flags,

@@ -40,7 +40,7 @@ class Outcome:
     parts: list[list[pa.Array]]
     records: list[MaskRecord]
     counts: list[Counts]
-    dropped: list[int]  #: numbers of the rows that are left out
+    dropped: list[int]  #: numbers of the rows that on-error=drop-row leaves out
 
 
 class _TooLarge(Exception):
@@ -71,9 +71,11 @@ def mask_rows(
     related: dict[int, pa.Array],
     first_row: int,
     drop_rows: bool,
+    numbers: dict[int, pa.BooleanArray] | None = None,
 ) -> Outcome:
     """Masks the columns that the handle was opened for. `related` has, by the index of a column, the
-    values that its rule also reads. With `drop_rows` the rows that on-error=drop-row names are left out."""
+    values that its rule also reads. With `drop_rows` the rows that on-error=drop-row names are left out.
+    `numbers` says, by the index of a column of texts, which of them must be JSON's numbers when masked."""
     count = len(columns[0]) if columns else 0
     most = min(count, _MOST_ROWS)
     begin = 0
@@ -81,17 +83,18 @@ def mask_rows(
     while begin < count or not outcome.parts:
         part = [column.slice(begin, most) for column in columns]
         others = {i: column.slice(begin, most) for i, column in related.items()}
+        marks = {i: marks.slice(begin, most) for i, marks in (numbers or {}).items()}
         try:
-            kept, records, counts, dropped = _mask_part(handle, part, others, first_row + begin)
+            kept, records, counts, dropped = _mask_part(handle, part, others, first_row + begin, marks)
         except _TooLarge as fault:
             if most <= 1:
                 raise error_of(Status.TOO_LARGE, fault.records) from None
             most //= 2
             continue
+        outcome.dropped += [first_row + begin + i for i in sorted(dropped)]
         if dropped and drop_rows:
             remains = pa.array([i not in dropped for i in range(len(part[0]))])
             kept = [column.filter(remains) for column in kept]
-            outcome.dropped += [first_row + begin + i for i in sorted(dropped)]
         outcome.parts.append(kept)
         outcome.records += records
         for total, more in zip(outcome.counts, counts):
@@ -101,7 +104,11 @@ def mask_rows(
 
 
 def _mask_part(
-    handle: Handle, columns: Sequence[pa.Array], related: dict[int, pa.Array], first_row: int
+    handle: Handle,
+    columns: Sequence[pa.Array],
+    related: dict[int, pa.Array],
+    first_row: int,
+    numbers: dict[int, pa.BooleanArray],
 ) -> tuple[list[pa.Array], list[MaskRecord], list[Counts], set[int]]:
     kept = []
     records: list[MaskRecord] = []
@@ -111,7 +118,7 @@ def _mask_part(
         if handle.plan[i].is_dropped:
             continue
         other = _arrow.to_text(related[i]) if i in related else None
-        kept.append(_mask_column(handle, i, column, other, first_row, records, counts[i], dropped))
+        kept.append(_mask_column(handle, i, column, other, first_row, records, counts[i], dropped, numbers.get(i)))
     if records:
         order = {plan.name: i for i, plan in reversed(list(enumerate(handle.plan)))}
         records.sort(key=lambda record: (record.row or 0, order.get(record.column or "", 0)))
@@ -127,6 +134,7 @@ def _mask_column(
     records: list[MaskRecord],
     counts: Counts,
     dropped: set[int],
+    numbers: pa.BooleanArray | None,
 ) -> pa.Array:
     plan = handle.plan[index]
     if plan.is_kept:
@@ -153,13 +161,13 @@ def _mask_column(
         dropped.update(i for i, state in enumerate(batch.states) if state == STATE_DROP_ROW)
         if not is_text:
             texts = _arrow.without_failed(texts, batch.states, bytes([STATE_FAILED, STATE_DROP_ROW]))
-    values, misfits = _arrow.from_text(texts, type)
+    values, misfits = _arrow.from_text(texts, type) if numbers is None else _arrow.json_numbers(texts, numbers)
     if not is_text:
         counts.formulas = 0
     for i in misfits:
-        if batch.states is not None and batch.states[i] == STATE_FAILED:
-            continue  # the constant of on-error=const; the value has its record
-        found.append(_misfit(plan, type, first_row + i))
+        if batch.states is not None and batch.states[i] in (STATE_FAILED, STATE_DROP_ROW):
+            continue  # what replaces a failed value, which has its record
+        found.append(_misfit(plan, "number of JSON" if numbers is not None else f"type {type}", first_row + i))
         counts.masked -= 1
         counts.failed[CODE_DOES_NOT_FIT] = counts.failed.get(CODE_DOES_NOT_FIT, 0) + 1
         if plan.on_error == "drop-row":
@@ -170,12 +178,12 @@ def _mask_column(
     return values
 
 
-def _misfit(plan: ColumnPlan, type: pa.DataType, row: int) -> MaskRecord:
+def _misfit(plan: ColumnPlan, type: str, row: int) -> MaskRecord:
     return MaskRecord(
         row=row,
         column=plan.name,
         code=CODE_DOES_NOT_FIT,
-        message=f"{plan.action} error {CODE_DOES_NOT_FIT}, the masked value does not fit the type {type}: "
+        message=f"{plan.action} error {CODE_DOES_NOT_FIT}, the masked value does not fit the {type}: "
         f"KORV_TOKID_COLNAME={plan.name}",
         tokens=(("KORV_TOKID_COLNAME", plan.name),),
         provider=plan.action,
