@@ -1,0 +1,138 @@
+"""A real local cluster, a driver and two executor processes, and what tests read from them."""
+import os
+import pathlib
+import secrets
+import subprocess
+import sys
+
+import duckdb
+import pyspark
+import pytest
+from pyspark.sql import SparkSession
+
+ROWS = int(os.environ.get("KORV_SPARK_ROWS", 4_000_000))
+RULES = """
+ID    = KEEP
+CARD  = CCN, secret=crm
+EMAIL = EML, secret=crm
+NAME  = AFF, secret=crm, on-error=null
+BIRTH = AGE, secret=crm, range=-30..30, per=ID
+NOTE  = DROP
+"""
+# Every 1009th name has a letter that AFF does not mask, and every 997th card is missing.
+CUSTOMERS = """
+select i as ID,
+       if(i % 997 = 0, null, format('4{:015d}', (i * 7919000021) % 1000000000000000)) as CARD,
+       'user' || i % 700001 || '@mail' || i % 89 || '.example' as EMAIL,
+       if(i % 1009 = 0, 'Zoë ', 'Ann ') || chr(65 + (i % 26)::int) || 'elm' || i % 5003 as NAME,
+       date '1940-01-01' + (i * 37 % 25000)::int as BIRTH,
+       'called on day ' || i % 365 as NOTE
+from range({rows}) as numbers(i)
+"""
+
+
+def write_secrets(path):
+    path.touch(mode=0o600)
+    value = secrets.token_bytes(32)
+    path.write_text(f"crm = {value.hex()}\n")
+    return value
+
+
+@pytest.fixture(scope="session")
+def cluster_folder(tmp_path_factory):
+    return tmp_path_factory.mktemp("cluster")
+
+
+@pytest.fixture(scope="session")
+def spark(cluster_folder):
+    (cluster_folder / "events").mkdir()
+    # Executors that are killed on purpose must not end the application.
+    session = (
+        SparkSession.builder.master("local-cluster[2,1,1024]")
+        .appName("korv")
+        .config("spark.eventLog.enabled", "true")
+        .config("spark.eventLog.dir", f"file://{cluster_folder}/events")
+        .config("spark.eventLog.compress", "false")
+        .config("spark.local.dir", str(cluster_folder / "local"))
+        .config("spark.sql.warehouse.dir", str(cluster_folder / "warehouse"))
+        .config("spark.sql.session.timeZone", "America/New_York")
+        .config("spark.sql.shuffle.partitions", "4")
+        .getOrCreate()
+    )
+    session.sparkContext.setLogLevel("ERROR")
+    yield session
+    session.stop()
+
+
+@pytest.fixture(scope="session")
+def secret(cluster_folder):
+    return write_secrets(cluster_folder / "secrets.txt")
+
+
+@pytest.fixture(scope="session")
+def secrets_file(cluster_folder, secret):
+    return cluster_folder / "secrets.txt"
+
+
+@pytest.fixture(scope="session")
+def customers(cluster_folder):
+    path = cluster_folder / "customers.parquet"
+    duckdb.sql(f"copy ({CUSTOMERS.format(rows=ROWS)}) to '{path}' (format parquet, row_group_size 50000)")
+    return path
+
+
+@pytest.fixture(scope="session")
+def masked_here(cluster_folder, customers, secrets_file):
+    """The customers, masked by one process."""
+    output, rules = cluster_folder / "masked.parquet", cluster_folder / "rules.txt"
+    rules.write_text(RULES)
+    run = subprocess.run([sys.executable, "-m", "korv", "convert", customers, output, "--rules", rules,
+                          "--secrets", secrets_file], capture_output=True, text=True)
+    assert run.returncode == 1, run.stderr  # some values fail, on purpose
+    return output
+
+
+def processes_below(parent):
+    """The process numbers and command lines of all descendants of a process."""
+    children = {}
+    for status in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        try:
+            fields = status.read_text().rpartition(")")[2].split()
+            command = (status.parent / "cmdline").read_bytes().replace(b"\0", b" ").decode(errors="replace")
+        except (FileNotFoundError, ProcessLookupError):
+            continue
+        children.setdefault(int(fields[1]), []).append((int(status.parent.name), command))
+    found = []
+    waiting = [parent]
+    while waiting:
+        for process, command in children.get(waiting.pop(), []):
+            found.append((process, command))
+            waiting.append(process)
+    return found
+
+
+@pytest.fixture
+def processes(spark):
+    """Finds the processes of the cluster: the driver's Java process, executors and Python workers."""
+    return lambda: processes_below(os.getpid())
+
+
+def executors(found):
+    return [process for process, command in found if "CoarseGrainedExecutorBackend" in command]
+
+
+def python_workers(found):
+    """Each executor has a daemon, whose children run the tasks."""
+    daemons = [process for process, command in found if "pyspark.daemon" in command]
+    return [process for daemon in daemons for process, _ in processes_below(daemon)]
+
+
+def log_folder(spark):
+    home = pathlib.Path(os.environ.get("SPARK_HOME", pathlib.Path(pyspark.__file__).parent))
+    return home / "work" / spark.sparkContext.applicationId
+
+
+def active_stages(spark):
+    tracker = spark.sparkContext.statusTracker()
+    stages = [tracker.getStageInfo(stage) for stage in tracker.getActiveStageIds()]
+    return [stage for stage in stages if stage]
