@@ -110,13 +110,16 @@ class Server:
                        env=self.environment, cwd=self.folder, stdout=subprocess.DEVNULL,
                        stderr=subprocess.DEVNULL, check=False, **AS_USER)
 
-    def psql(self, script, user=USER, database="postgres"):
-        """What a script prints, as bytes: rows without a header. Raises Failed with the first error."""
+    def psql(self, script, user=USER, database="postgres", keep_errors=False):
+        """What a script prints, as bytes: rows without a header. Raises Failed with the first error.
+        With keep_errors, all of the script runs, and all that it prints is returned, as text."""
         done = subprocess.run(
-            [f"{self.bin}/psql", "-XqAt", "-v", "ON_ERROR_STOP=1", "-v", "VERBOSITY=verbose", "-f",
+            [f"{self.bin}/psql", "-XqAt", "-v", f"ON_ERROR_STOP={int(not keep_errors)}", "-v", "VERBOSITY=verbose", "-f",
              "-", "-U", user, "-d", database],
             env=self.environment, cwd=self.folder, input=script.encode(), capture_output=True,
             timeout=TIMEOUT, check=False, **AS_USER)
+        if keep_errors:
+            return (done.stdout + done.stderr).decode(errors="replace")
         if done.returncode:
             raise Failed(done.stderr.decode(errors="replace"))
         return done.stdout
