@@ -78,6 +78,8 @@ def from_text(texts: pa.Array, type: pa.DataType) -> tuple[pa.Array, list[int]]:
         return pa.nulls(len(texts)), [i for i, is_valid in enumerate(texts.is_valid()) if is_valid.as_py()]
     try:
         values = texts.cast(type)
+        if pa.types.is_date(type):  # which Arrow reads in one form only
+            return values, []
         if to_text(values).equals(texts.cast(pa.string())):
             return values, []
     except pa.ArrowInvalid:  # its message holds a value

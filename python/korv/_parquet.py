@@ -66,7 +66,7 @@ def write_parquet(path: str, schema: pa.Schema, batches: Iterator[pa.RecordBatch
     try:
         connection.register("masked", pa.RecordBatchReader.from_batches(schema, watched()))
         target = path.replace("'", "''")
-        connection.execute(f"COPY masked TO '{target}' (FORMAT parquet, USE_TMP_FILE false)")
+        connection.execute(f"COPY masked TO '{target}' (FORMAT parquet, USE_TMP_FILE false, DICTIONARY_SIZE_LIMIT 10000)")
     except BaseException:
         if fault:
             raise fault[0] from None

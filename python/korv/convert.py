@@ -191,12 +191,12 @@ class _LinesMasking:
         self._run = run
         self._names: tuple[str, ...] = ()
 
-    def numbered(self) -> Iterator[tuple[int, tuple[str, ...], list[tuple[int, _jsonl.Line]]]]:
+    def numbered(self) -> Iterator[tuple[int, tuple[str, ...], list[_jsonl.Line]]]:
         row = 1
         for lines in _jsonl.read_lines(self._path):
             keys = dict.fromkeys(self._names)
-            for _, line in lines:
-                keys.update(dict.fromkeys(line.members))
+            for _, members in lines:
+                keys.update(dict.fromkeys(members))
             if len(keys) > len(self._names):
                 self._names = tuple(keys)
                 with self._masker._handle(self._names, _engine.SOME_COLUMNS) as handle:
@@ -205,7 +205,7 @@ class _LinesMasking:
             row += len(lines)
         self._masker.columns(self._names)  # a rule for a key that never came up is an error
 
-    def mask(self, item: tuple[int, tuple[str, ...], list[tuple[int, _jsonl.Line]]]) -> tuple[Outcome, int, bytes]:
+    def mask(self, item: tuple[int, tuple[str, ...], list[_jsonl.Line]]) -> tuple[Outcome, int, bytes]:
         first_row, names, lines = item
         with self._masker._handle(names, _engine.SOME_COLUMNS) as handle:
             columns, related, numbers = [], {}, {}
@@ -221,10 +221,10 @@ class _LinesMasking:
             outcome = mask_rows(handle, columns, related, first_row, drop_rows=False, numbers=numbers)
             return outcome, len(lines), _written(handle.plan, lines, outcome, first_row)
 
-    def _texts(self, name: str, lines: list[tuple[int, _jsonl.Line]]) -> tuple[pa.Array, pa.BooleanArray]:
+    def _texts(self, name: str, lines: list[_jsonl.Line]) -> tuple[pa.Array, pa.BooleanArray]:
         texts, numbers = [], []
-        for number, line in lines:
-            _, value, _ = line.members.get(name, ("", None, ""))
+        for number, members in lines:
+            _, value, _ = members.get(name, ("", None, ""))
             if value is not None and not isinstance(value, str):
                 kind = "a boolean" if isinstance(value, bool) else "a nested value"
                 raise RunError(f"{self._path}:{number}: key {name}: {kind} cannot be masked")
@@ -233,7 +233,7 @@ class _LinesMasking:
         return text_array(texts, name), pa.array(numbers, pa.bool_())
 
 
-def _written(plans: list[ColumnPlan], lines: list[tuple[int, _jsonl.Line]], outcome: Outcome, first_row: int) -> bytes:
+def _written(plans: list[ColumnPlan], lines: list[_jsonl.Line], outcome: Outcome, first_row: int) -> bytes:
     kept = [plan for plan in plans if not plan.is_dropped]
     masked: dict[str, list[str | None] | None] = {plan.name: None for plan in kept}
     for at, plan in enumerate(kept):
@@ -241,16 +241,16 @@ def _written(plans: list[ColumnPlan], lines: list[tuple[int, _jsonl.Line]], outc
             masked[plan.name] = [text for part in outcome.parts for text in part[at].to_pylist()]
     dropped = {row - first_row for row in outcome.dropped}
     rows = []
-    for i, (_, line) in enumerate(lines):
+    for i, (_, members) in enumerate(lines):
         if i in dropped:
             continue
-        members = []
-        for key, (prefix, value, text) in line.members.items():
+        texts = []
+        for key, (prefix, value, text) in members.items():
             if key not in masked:
                 continue
             column = masked[key]
-            members.append(prefix + (text if column is None else _jsonl.written(column[i], value)))
-        rows.append("{" + ",".join(members) + "}\n")
+            texts.append(prefix + (text if column is None else _jsonl.written(column[i], value)))
+        rows.append("{" + ",".join(texts) + "}\n")
     return "".join(rows).encode("utf-8")
 
 
@@ -258,7 +258,7 @@ def _mask_lines(options: Options, masker: Masker, run: _Run, path: str) -> None:
     masking = _LinesMasking(options, masker, run)
     run.bar = _bar(options, None)
     with _jsonl.open_writer(path, options.output) as stream:
-        for outcome, rows, data in in_order(masking.numbered(), masking.mask, options.jobs):
+        for outcome, rows, data in map(masking.mask, masking.numbered()):
             run.take(outcome, rows)
             stream.write(data)
 
