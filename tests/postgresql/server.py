@@ -21,7 +21,7 @@ KORV_MASK = BUILD / "bin" / "korv-mask"
 IS_ROOT = os.geteuid() == 0
 USER = "postgres" if IS_ROOT else pwd.getpwuid(os.geteuid()).pw_name
 AS_USER = {"user": "postgres", "group": "postgres", "extra_groups": []} if IS_ROOT else {}
-TIMEOUT = 300
+TIMEOUT = 900
 SECRETS = "".join(f"{name} = {hashlib.sha256(name.encode()).hexdigest()}\n"
                   for name in ("crm", "payroll"))
 
@@ -83,12 +83,15 @@ class Server:
         self.bin = f"{self.tree}{pg_config('bindir')}"
 
     def _install(self):
-        make = ["make", "-s", "-f", ROOT / "postgresql/Makefile", f"PG_CONFIG={PG_CONFIG}",
-                f"KORV_INCLUDE={ROOT}/include", f"KORV_LIB={BUILD}/lib"]
+        """Builds the extension in the build folder, and installs it into the copy."""
         module = BUILD / "postgresql"
-        module.mkdir(exist_ok=True)
-        for target in (["all"], ["install", f"DESTDIR={self.tree}"]):
-            subprocess.run(make + target, cwd=module, check=True, stdout=subprocess.DEVNULL)
+        shutil.copytree(ROOT / "postgresql", module, dirs_exist_ok=True,
+                        ignore=shutil.ignore_patterns("*.o", "*.so"))
+        make = ["make", "-s", f"PG_CONFIG={PG_CONFIG}", f"KORV_INCLUDE={ROOT}/include",
+                f"KORV_LIB={BUILD}/lib", f"KORV_RPATH={BUILD}/lib", "COPT=-Werror"]
+        for target in ("all", "install"):
+            subprocess.run([*make, target, f"DESTDIR={self.tree}"], cwd=module, check=True,
+                           stdout=subprocess.DEVNULL)
 
     def write(self, name, contents):
         path = self.folder / name
