@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import re
+from collections.abc import Sequence
 from decimal import Decimal
 
 import pyarrow as pa
@@ -129,16 +130,22 @@ def without_failed(texts: pa.Array, states: bytes, failed: bytes) -> pa.Array:
     return pc.if_else(pc.and_(has_failed, pc.equal(pc.binary_length(texts), 0)), pa.scalar(None, texts.type), texts)
 
 
-def text_array(values: list[str | None] | tuple[str | None, ...], name: str) -> pa.Array:
+def text_array(values: list[str | None] | tuple[str | None, ...], name: str) -> pa.Array | pa.ChunkedArray:
     """A list of texts and None. A text that is not valid Unicode becomes a value that is not UTF-8."""
+    array = _inferred(values)
+    if array is None and all(value is None or isinstance(value, str) for value in values):
+        encoded = [None if value is None else value.encode("utf-8", "surrogatepass") for value in values]
+        binary = pa.array(encoded, pa.binary())
+        return pa.Array.from_buffers(pa.string(), len(binary), binary.buffers())
+    if array is not None and pa.types.is_null(array.type):
+        return array.cast(pa.string())
+    if array is None or not pa.types.is_string(array.type):
+        raise TypeError(f"column {name}: a list must hold texts and None only; make an Arrow array of other values")
+    return array
+
+
+def _inferred(values: Sequence[object]) -> pa.Array | pa.ChunkedArray | None:
     try:
-        return pa.array(values, pa.string())
-    except UnicodeEncodeError:  # holds the value
-        pass
-    except pa.ArrowInvalid:
-        raise ValueError(f"column {name}: the list cannot be made an array of texts") from None
-    except (pa.ArrowException, TypeError):
-        raise TypeError(f"column {name}: a list must hold texts and None only; make an Arrow array of other values") from None
-    encoded = [None if value is None else value.encode("utf-8", "surrogatepass") for value in values]
-    binary = pa.array(encoded, pa.binary())
-    return pa.Array.from_buffers(pa.string(), len(binary), binary.buffers())
+        return pa.array(values)
+    except (pa.ArrowException, UnicodeEncodeError):  # their messages may hold a value
+        return None

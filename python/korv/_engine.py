@@ -214,10 +214,16 @@ def _texts(values: Sequence[str]) -> ctypes.Array[c_char_p]:
     return (c_char_p * len(values))(*(value.encode("utf-8", "surrogateescape") for value in values))
 
 
+# Without the name: it could be a secret.
+_BAD_SECRET = "a secret has 16 to 64 bytes; its name has lower-case letters, digits and underscores, a letter first"
+
+
 class Secrets:
     """Secrets that were given as bytes, in memory that `wipe` clears."""
 
     def __init__(self, secrets: dict[str, bytes]) -> None:
+        if any("\0" in name for name in secrets):
+            raise ValueError(_BAD_SECRET)
         self._buffers = [(c_uint8 * len(value)).from_buffer_copy(value) for value in secrets.values()]
         self.array = (KorvMaskSecret * len(secrets))(
             *(
@@ -339,9 +345,7 @@ class Handle:
             if status == Status.NO_MEMORY:
                 raise MemoryError
             if status == Status.BAD_ARGUMENT and not records:
-                raise ValueError(
-                    "a secret has 16 to 64 bytes; its name has lower-case letters, digits and underscores, a letter first"
-                )
+                raise ValueError(_BAD_SECRET)
             raise error_of(Status(status), records)
         self._names = columns
         self.plan = [

@@ -98,9 +98,7 @@ def pandas_names(frame: Any) -> list[str]:
     if frame.columns.nlevels != 1 or not all(isinstance(name, str) for name in names):
         raise TypeError("the columns of the DataFrame must have names of type str")
     index = frame.index
-    is_count = isinstance(index, pandas.RangeIndex) or (
-        index.nlevels == 1 and index.name is None and pandas.api.types.is_integer_dtype(index.dtype)
-    )
+    is_count = index.nlevels == 1 and index.name is None and pandas.api.types.is_integer_dtype(index.dtype)
     if not is_count:
         raise TypeError(
             "the DataFrame has an index that no rule covers; call reset_index(), so that it becomes columns, "

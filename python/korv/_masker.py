@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import re
 from collections.abc import Iterator, Mapping, Sequence
 from contextlib import contextmanager
 from pathlib import Path
@@ -46,7 +47,9 @@ class Masker:
         text = rules.read_text("utf-8-sig", "surrogateescape") if isinstance(rules, Path) else rules
         rules_file = os.path.abspath(rules) if isinstance(rules, Path) else None
         self._start(flags, text, rules_file, secrets, providers, files)
-        self._open((), _engine.SOME_COLUMNS).close()  # finds malformed rules and unreadable secrets
+        # Finds malformed rules and unreadable secrets at once. Rules for column numbers need the columns.
+        if not re.search(r"^\s*@", text, re.MULTILINE):
+            self._open((), _engine.SOME_COLUMNS).close()
 
     @classmethod
     def _of_rule(

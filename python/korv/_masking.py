@@ -93,14 +93,20 @@ def mask_rows(
             continue
         outcome.dropped += [first_row + begin + i for i in sorted(dropped)]
         if dropped and drop_rows:
-            remains = pa.array([i not in dropped for i in range(len(part[0]))])
-            kept = [column.filter(remains) for column in kept]
+            kept = [_without(column, sorted(dropped)) for column in kept]
         outcome.parts.append(kept)
         outcome.records += records
         for total, more in zip(outcome.counts, counts):
             total.add(more)
         begin += most
     return outcome
+
+
+def _without(array: pa.Array, rows: list[int]) -> pa.Array:
+    # Arrow cannot filter every type.
+    ends = [*rows, len(array)]
+    begins = [0, *(row + 1 for row in rows)]
+    return pa.concat_arrays([array.slice(begin, end - begin) for begin, end in zip(begins, ends)])
 
 
 def _mask_part(
@@ -145,7 +151,7 @@ def _mask_column(
         return pa.nulls(len(array), array.type)
     type = _arrow.masked_type(array.type)
     if len(array) == 0:
-        return pa.array([], type)
+        return _arrow.from_text(pa.array([], pa.string()), type)[0]
     if pa.types.is_null(type):
         counts.nulls = len(array)
         return array
