@@ -35,9 +35,13 @@ typedef struct KorvRule {
 /* The rules of one place. They are closed when the memory context is reset. */
 typedef struct KorvRules KorvRules;
 
+/* Set when a provider has damaged the process: nothing is released any more. */
+extern bool korvIsDamaged;
+
 extern KorvRules* korvMakeRules(MemoryContext context);
 extern KorvRule* korvOpenRule(KorvRules* rules, text* rule, text* name, bool isChecked);
 
 extern void korvRegisterLabels(void);
+extern void korvGuardViews(void);
 
 #endif

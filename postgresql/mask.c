@@ -21,6 +21,7 @@ void _PG_init(void) {
     }
     korvDefineSettings();
     korvRegisterLabels();
+    korvGuardViews();
 }
 
 /* A value in the layout of the engine. It refers to the text, or to a copy in UTF-8. */
@@ -93,24 +94,21 @@ static void pg_attribute_noreturn() raiseFailure(KorvRule* rule) {
 /* raiseEnd reports a call that ended early for another reason than the value. */
 static void pg_attribute_noreturn() raiseEnd(KorvRule* rule, int32_t status) {
     const KorvMaskRecord* record = KorvMaskGetRecord(rule->mask, 0);
-    const char* name = text_to_cstring(rule->name);
-    const char* message =
-        record == NULL ? "the value cannot be masked" : serverText(record->message);
+    const char* message = record == NULL ? "the value cannot be masked" : record->message;
+    /* Other processes share none of the memory that providers are given, so that there is no reason
+     * for a PANIC. This process must not go on, and releasing memory could crash it. */
+    const int level = status == KORV_MASK_OVERRUN ? FATAL : ERROR;
 
-    KorvMaskClearRecords(rule->mask);
-    if (status == KORV_MASK_OVERRUN) {
-        /* The memory of this process is damaged, so its data cannot be trusted and releasing the
-         * handle could crash. Other processes share none of the memory that providers are given,
-         * which is why this is not a PANIC. */
-        rule->mask = NULL;
-        rule->column = NULL;
-        ereport(FATAL, (errcode(KORV_BAD_PROVIDER), errmsg("column \"%s\": %s", name, message)));
-    }
-    ereport(ERROR, (errcode(status == KORV_MASK_NO_MEMORY      ? ERRCODE_OUT_OF_MEMORY
-                            : status == KORV_MASK_TOO_LARGE    ? ERRCODE_PROGRAM_LIMIT_EXCEEDED
-                            : status == KORV_MASK_BAD_PROVIDER ? KORV_BAD_PROVIDER
-                                                               : KORV_BAD_RULE),
-                    errmsg("column \"%s\": %s", name, message)));
+    korvIsDamaged = status == KORV_MASK_OVERRUN;
+    message = psprintf("column \"%s\": %s", text_to_cstring(rule->name), serverText(message));
+    if (!korvIsDamaged) KorvMaskClearRecords(rule->mask);
+    ereport(level, (errcode(status == KORV_MASK_NO_MEMORY   ? ERRCODE_OUT_OF_MEMORY
+                            : status == KORV_MASK_TOO_LARGE ? ERRCODE_PROGRAM_LIMIT_EXCEEDED
+                            : status == KORV_MASK_OVERRUN || status == KORV_MASK_BAD_PROVIDER
+                                ? KORV_BAD_PROVIDER
+                                : KORV_BAD_RULE),
+                    errmsg("%s", message)));
+    pg_unreachable();
 }
 
 static KorvRule* ruleOf(FunctionCallInfo fcinfo, bool isChecked) {

@@ -16,10 +16,13 @@ struct KorvRules {
     KorvRule rules[MOST_RULES];
 };
 
+bool korvIsDamaged = false;
+
 static void closeRules(void* argument) {
     KorvRules* rules = argument;
     int i;
 
+    if (korvIsDamaged) return;
     for (i = 0; i < MOST_RULES; ++i) {
         KorvMaskClose(rules->rules[i].mask);
         rules->rules[i].mask = NULL;

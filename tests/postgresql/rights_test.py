@@ -32,7 +32,8 @@ class RightsTest(ServerTest):
             SECURITY LABEL FOR korv ON COLUMN customers.card IS 'CCN, secret=crm';
             ALTER TABLE customers OWNER TO owner;
             SELECT korv.create_masked_view('customers');
-            GRANT SELECT ON customers_masked TO reader""")
+            GRANT SELECT ON customers_masked TO reader;
+            CREATE ROLE writer LOGIN; GRANT pg_write_all_data TO writer""")
 
     def call_by_number(self, user):
         """Calls the function of views by the fast path of the protocol. Returns result and error."""
@@ -62,7 +63,7 @@ class RightsTest(ServerTest):
         masked = self.server.psql("SELECT DISTINCT card FROM customers_masked", user="reader").strip()
         result, error = self.call_by_number(self.server.environment["PGUSER"])
         self.assertEqual((masked, ""), (result, error))
-        for user in ("reader", "owner"):
+        for user in ("reader", "owner", "writer"):
             result, error = self.call_by_number(user)
             self.assertIsNone(result)
             self.assertIn("permission denied for schema korv_views", error)

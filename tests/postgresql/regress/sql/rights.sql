@@ -117,6 +117,29 @@ UPDATE customers_masked SET id = 3;
 CREATE OR REPLACE VIEW customers_masked AS SELECT 1;
 DROP TABLE mine;
 
+-- Roles that may use every schema, and roles that were granted this one by mistake.
+\c - :superuser
+GRANT pg_read_all_data TO stranger;
+GRANT pg_write_all_data TO masker;
+GRANT USAGE ON SCHEMA korv_views TO reader;
+\c - stranger
+SELECT korv_views.mask_column('4556737586899855', 'CCN, secret=crm', NULL, 'card');
+SET search_path = korv_views;
+SELECT mask_column('4556737586899855', 'CCN, secret=crm', NULL, 'card');
+RESET search_path;
+CREATE TEMP VIEW mine AS SELECT korv_views.mask_column('4556', 'CCN, secret=crm', NULL, 'card');
+SELECT count(*) FROM customers_masked;
+\c - masker
+CREATE TEMP TABLE mine (card text DEFAULT korv_views.mask_column('4556', 'KEEP', NULL, 'card'));
+SELECT korv_views.mask_column('4556737586899855', 'CCN, secret=crm', NULL, 'card');
+\c - reader
+DO $$BEGIN PERFORM korv_views.mask_column('4556', 'KEEP', NULL, 'card'); END$$;
+SELECT count(*) FROM customers_masked;
+\c - :superuser
+REVOKE pg_read_all_data FROM stranger;
+REVOKE pg_write_all_data FROM masker;
+REVOKE USAGE ON SCHEMA korv_views FROM reader;
+
 -- The owner of the view has not got the right to name the function either.
 \c - owner
 SELECT pg_get_viewdef('customers_masked') AS definition \gset
