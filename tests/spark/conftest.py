@@ -1,41 +1,16 @@
 """A real local cluster, a driver and two executor processes, and what tests read from them."""
 import os
 import pathlib
-import secrets
 import subprocess
 import sys
 
-import duckdb
 import pyspark
 import pytest
+from customers import RULES, write_customers, write_secrets
 from pyspark.sql import SparkSession
 
 ROWS = int(os.environ.get("KORV_SPARK_ROWS", 4_000_000))
-RULES = """
-ID    = KEEP
-CARD  = CCN, secret=crm
-EMAIL = EML, secret=crm
-NAME  = AFF, secret=crm, on-error=null
-BIRTH = AGE, secret=crm, range=-30..30, per=ID
-NOTE  = DROP
-"""
-# Every 1009th name has a letter that AFF does not mask, and every 997th card is missing.
-CUSTOMERS = """
-select i as ID,
-       if(i % 997 = 0, null, format('4{:015d}', (i * 7919000021) % 1000000000000000)) as CARD,
-       'user' || i % 700001 || '@mail' || i % 89 || '.example' as EMAIL,
-       if(i % 1009 = 0, 'Zoë ', 'Ann ') || chr(65 + (i % 26)::int) || 'elm' || i % 5003 as NAME,
-       date '1940-01-01' + (i * 37 % 25000)::int as BIRTH,
-       'called on day ' || i % 365 as NOTE
-from range({rows}) as numbers(i)
-"""
-
-
-def write_secrets(path):
-    path.touch(mode=0o600)
-    value = secrets.token_bytes(32)
-    path.write_text(f"crm = {value.hex()}\n")
-    return value
+os.environ["PYSPARK_PYTHON"] = sys.executable
 
 
 @pytest.fixture(scope="session")
@@ -46,7 +21,6 @@ def cluster_folder(tmp_path_factory):
 @pytest.fixture(scope="session")
 def spark(cluster_folder):
     (cluster_folder / "events").mkdir()
-    # Executors that are killed on purpose must not end the application.
     session = (
         SparkSession.builder.master("local-cluster[2,1,1024]")
         .appName("korv")
@@ -77,7 +51,7 @@ def secrets_file(cluster_folder, secret):
 @pytest.fixture(scope="session")
 def customers(cluster_folder):
     path = cluster_folder / "customers.parquet"
-    duckdb.sql(f"copy ({CUSTOMERS.format(rows=ROWS)}) to '{path}' (format parquet, row_group_size 50000)")
+    write_customers(path, ROWS)
     return path
 
 

@@ -9,7 +9,8 @@ import urllib.request
 import pyarrow as pa
 import pyarrow.parquet as pq
 import pytest
-from conftest import RULES, active_stages, executors, log_folder, python_workers
+from conftest import active_stages, executors, log_folder, python_workers
+from customers import RULES
 
 import korv.spark
 

@@ -1,6 +1,6 @@
 """korv.spark.mask and korv.spark.errors: types, columns and rows that are left out, failing values, files that change."""
 import pytest
-from conftest import write_secrets
+from customers import write_secrets
 
 import korv
 import korv.spark
