@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "korv/korv.h"
-#include "slow/field_walk.h"
+#include "reference/field_walk.h"
 #include "support/carried.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -69,7 +69,7 @@ void expectReferences(const CtrlBlkI& source, CtrlBlkX& target, std::size_t chai
     for (std::size_t i = 0; i < expected.size(); ++i) {
         const int16_t position = expected[i]->fieldPos;
         FUZZ_EXPECT(nodes[i]->fieldPos == static_cast<uint16_t>(position));
-        FUZZ_EXPECT(nodes[i]->fieldDef == slow::walk(target.fieldDefs, position));
+        FUZZ_EXPECT(nodes[i]->fieldDef == reference::walk(target.fieldDefs, position));
     }
     for (std::size_t i = expected.size(); i < nodes.size(); ++i) {
         FUZZ_EXPECT(nodes[i]->fieldPos == 4711 && !nodes[i]->fieldDef);

@@ -4,7 +4,7 @@
 #include <cwchar>
 
 #include "korv/datacnv.h"
-#include "slow/utf8.h"
+#include "reference/utf8.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -84,7 +84,7 @@ void throughCodePage(Input& input) {
     if (full.status != CNV_SUCCESS) FUZZ_EXPECT(cut.status != CNV_SUCCESS);
     if (options.codePage == 1208) {
         std::wstring expected;
-        const bool wellFormed = slow::decodeUtf8(bytes, expected);
+        const bool wellFormed = reference::decodeUtf8(bytes, expected);
         FUZZ_EXPECT(full.status == (wellFormed ? CNV_SUCCESS : CNV_MALFORMED_SOURCE));
         if (wellFormed) FUZZ_EXPECT(full.text == expected);
     }
@@ -121,7 +121,7 @@ void fromWide(Input& input) {
     if (options.codePage != 1208) return;
     std::wstring decoded;
     FUZZ_EXPECT(narrow.status == (isText ? CNV_SUCCESS : CNV_MALFORMED_SOURCE));
-    if (isText) FUZZ_EXPECT(slow::decodeUtf8(narrow.text, decoded) && decoded == taken);
+    if (isText) FUZZ_EXPECT(reference::decodeUtf8(narrow.text, decoded) && decoded == taken);
 }
 
 // Text of each form, without options: bytes are characters.

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "korv/korv.h"
-#include "slow/catalogue.h"
+#include "reference/catalogue.h"
 #include "support/block.h"
 #include "support/carried.h"
 #include "support/expect.h"
@@ -96,7 +96,7 @@ void Chain::capture(Input& input) {
     Slot* slot = freeSlot();
     int32_t status = value.status;
     if (!given) {
-        const slow::CatalogueRow* row = slow::catalogueRow(type);
+        const reference::CatalogueRow* row = reference::catalogueRow(type);
         const bool isText = row && (row->narrow || row->wide);
         status = isText ? KORV_SUCCESS : KORV_FAILURE;
         value.text = L"<NULL>";

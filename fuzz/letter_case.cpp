@@ -4,7 +4,7 @@
 #include <wctype.h>
 
 #include "korv/text.h"
-#include "slow/comparison.h"
+#include "reference/text.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -36,7 +36,7 @@ void convert(Input& input, Convert convertText, One convertOne) {
 
 // One after the other, because each call may remember what the one before has compared.
 void compare(Input& input) {
-    slow::Comparison whole, counted;
+    reference::Comparison whole, counted;
     FUZZ_EXPECT(StringWCaseCompare(L"k", L"k") == whole.compare(L"k", L"k"));
     FUZZ_EXPECT(StringWNCaseCompare(L"k", L"k", 1) == counted.compareCounted(L"k", L"k", 1));
     while (!input.empty()) {

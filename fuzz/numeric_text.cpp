@@ -1,6 +1,6 @@
 // Digit fields of both widths, written and read, against digits one by one.
 #include "korv/numeric.h"
-#include "slow/digit_fields.h"
+#include "reference/numeric.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -20,8 +20,8 @@ template <class Char>
 void write(Input& input, int32_t (*writer)(int32_t, int16_t, Char*), bool terminates) {
     const auto value = input.number<int32_t>();
     const int16_t width = chooseWidth(input);
-    int32_t rest = value;
-    std::basic_string<Char> expected = slow::divided<Char>(rest, std::max<int>(width, 0));
+    std::basic_string<Char> expected(static_cast<std::size_t>(std::max<int>(width, 0)), Char{});
+    const int32_t rest = reference::writeField(value, width, expected.data());
     if (terminates && width >= 0) expected += Char{};
     Block<Char> field(expected.size(), input.choice(16 / sizeof(Char)));
     FUZZ_EXPECT(writer(value, width, field.data()) == (rest == 0 ? 0 : -1));
@@ -44,7 +44,7 @@ void read(Input& input, int32_t (*reader)(const Char*, int16_t, int16_t, int32_t
     Block<Char> field(text, shift);
     constexpr int32_t untouched = 0x5A5AA5A5;
     int32_t expected = untouched, value = untouched;
-    const bool isNumber = slow::readField(field.data(), digits, width, expected);
+    const bool isNumber = reference::readField(field.data(), digits, width, expected);
     FUZZ_EXPECT(reader(field.data(), digits, width, &value) == (isNumber ? 0 : -1));
     FUZZ_EXPECT(value == expected);
     FUZZ_EXPECT(field.holds(text));

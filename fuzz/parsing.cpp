@@ -5,9 +5,8 @@
 #include <iterator>
 
 #include "korv/korv.h"
-#include "slow/elements.h"
-#include "slow/key_value.h"
-#include "slow/trim.h"
+#include "reference/key_value.h"
+#include "reference/text.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -28,8 +27,8 @@ void elements(Input& input) {
     const std::wstring list = input.text<wchar_t>();
     Block<wchar_t> source(terminated(list), shift);
     for (int32_t start = 0; start >= 0;) {
-        const slow::Element expected =
-            slow::nextElement(list, delimiter, static_cast<std::size_t>(start));
+        const reference::Element expected =
+            reference::elementOf(list, delimiter, static_cast<std::size_t>(start));
         Block<wchar_t> output(expected.written, shift);
         uint32_t length = untouched;
         const int32_t next = KORV_GetNextElement(source.data(), output.data(), &length, delimiter,
@@ -49,7 +48,7 @@ void keyValue(Input& input) {
     const bool withLength = input.choice(2) == 0;
     const auto maxCount = input.number<int32_t>();
     const std::string text = input.text<char>();
-    const slow::Value expected = slow::keyValue(text, maxCount, separator);
+    const reference::Value expected = reference::keyValue(text, maxCount, separator);
     Block<char> source(terminated(text));
     Block<char> output(expected.result == 0 ? expected.copied + 1 : 0);
     uint32_t length = untouched;
@@ -66,18 +65,18 @@ void trim(Input& input) {
     const std::size_t shift = input.choice(4);
     const std::wstring delimiters = input.text<wchar_t>();
     const std::wstring text = input.text<wchar_t>();
-    std::wstring collected;
-    std::vector<wchar_t> left =
-        slow::cut({text.c_str(), text.c_str() + text.size() + 1}, delimiters.c_str(), collected);
-    if (mode == 1) std::copy_n(collected.c_str(), collected.size() + 1, left.begin());
+    std::vector<wchar_t> left(text.c_str(), text.c_str() + text.size() + 1);
+    std::vector<wchar_t> collected(left.size());
+    uint32_t expectedLength = untouched;
+    reference::trim(left.data(), &expectedLength, delimiters.c_str(), collected.data(), mode);
 
     Block<wchar_t> source(terminated(text), shift);
     Block<wchar_t> set(terminated(delimiters));
     Block<wchar_t> work(text.size() + 1, shift);
     uint32_t length = untouched;
     FUZZ_EXPECT(TrimSourceW(source.data(), &length, set.data(), work.data(), mode) == 0);
-    FUZZ_EXPECT(length == (mode == 1 ? collected.size() : untouched));
-    FUZZ_EXPECT(collected == work.data());
+    FUZZ_EXPECT(length == expectedLength);
+    FUZZ_EXPECT(std::wstring(collected.data()) == work.data());
     FUZZ_EXPECT(source.holds(left));
     FUZZ_EXPECT(set.holds(terminated(delimiters)));
 }

@@ -1,7 +1,7 @@
 // Sorting with comparisons that are consistent, constant, drawn or dependent on the address: the
 // comparisons that a plain sort makes, in the same order, and the same elements at the end.
 #include "korv/sort.h"
-#include "slow/plain_sort.h"
+#include "reference/quicksort.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -10,7 +10,7 @@ namespace {
 
 using fuzz::Block;
 using fuzz::Input;
-using slow::Bytes;
+using reference::Bytes;
 
 using Order = std::function<int32_t(const unsigned char*, const unsigned char*)>;
 
@@ -71,10 +71,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const auto count = static_cast<uint32_t>(width > 0 ? array.size() / width : array.size());
 
     Block<unsigned char> plain(array, shift), sorted(array, shift);
-    slow::Recorder expected{plain.data(), width, makeOrder(kind, width, seed, plain.data()), {}};
-    slow::PlainSort(plain.data(), width, slow::Recorder::compare, &expected, ascending).sort(count);
-    slow::Recorder made{sorted.data(), width, makeOrder(kind, width, seed, sorted.data()), {}};
-    KorvQSort(sorted.data(), count, width, slow::Recorder::compare, &made, ascending);
+    reference::Recorder expected{
+        plain.data(), width, makeOrder(kind, width, seed, plain.data()), {}};
+    reference::quicksort(plain.data(), count, width, reference::Recorder::compare, &expected,
+                         ascending);
+    reference::Recorder made{sorted.data(), width, makeOrder(kind, width, seed, sorted.data()), {}};
+    KorvQSort(sorted.data(), count, width, reference::Recorder::compare, &made, ascending);
 
     FUZZ_EXPECT(made.made == expected.made);
     FUZZ_EXPECT(sorted.holds({plain.data(), plain.size()}));

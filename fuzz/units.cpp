@@ -1,9 +1,8 @@
 // UTF-16 and UTF-32 units, XML characters, byte order and bit order, against the slow way.
+#include "reference/units.h"
 #include "korv/datacnv.h"
 #include "korv/text.h"
-#include "literal/literal.h"
-#include "slow/bit_flip.h"
-#include "slow/byte_order.h"
+#include "reference/bytes.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -74,7 +73,7 @@ void swapBytes(Input& input, Unit* (*whole)(Unit*), Unit* (*counted)(Unit*, int3
     // Whole blocks within the count are read, also behind a zero unit.
     bytes %= static_cast<int32_t>(units.size() * sizeof(Unit)) + 1;
     std::vector<Unit> expected = units;
-    slow::swapUnits(expected.data(), limited ? bytes : INT64_MAX);
+    reference::swapUnits(expected.data(), limited ? bytes : INT64_MAX);
     Block<Unit> block(units, shift);
     FUZZ_EXPECT((limited ? counted(block.data(), bytes) : whole(block.data())) == block.data());
     FUZZ_EXPECT(block.holds(expected));
@@ -83,8 +82,8 @@ void swapBytes(Input& input, Unit* (*whole)(Unit*), Unit* (*counted)(Unit*, int3
 void swapValues(Input& input) {
     const auto value = input.number<uint32_t>();
     const auto half = static_cast<uint16_t>(value);
-    FUZZ_EXPECT(RTENDIAN_SWAP_UINT(value) == slow::swapped(value));
-    FUZZ_EXPECT(RTENDIAN_SWAP_USHORT(half) == slow::swapped(half));
+    FUZZ_EXPECT(RTENDIAN_SWAP_UINT(value) == reference::swapped(value));
+    FUZZ_EXPECT(RTENDIAN_SWAP_USHORT(half) == reference::swapped(half));
     const uint32_t one = 1;
     const bool big = *reinterpret_cast<const uint8_t*>(&one) != 1;
     FUZZ_EXPECT(KORV_IsPlatformBigEndian() == (big ? 1 : 0));
@@ -100,7 +99,7 @@ void flipBits(Input& input) {
     const std::size_t count = bytes.size() - std::max(target, source);
     Block<uint8_t> block(bytes, shift);
     RTBITFIELD_FLIP(block.data() + target, block.data() + source, static_cast<uint32_t>(count));
-    slow::flipBits(bytes.data() + target, bytes.data() + source, count);
+    reference::flipBits(bytes.data() + target, bytes.data() + source, count);
     FUZZ_EXPECT(block.holds(bytes));
 }
 
@@ -110,11 +109,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     Input input(data, size);
     switch (input.choice(7)) {
         case 0:
-            unicode<uint16_t, wchar_t>(input, KORV_Utf16ToUtf32, literalUtf16ToUtf32,
+            unicode<uint16_t, wchar_t>(input, KORV_Utf16ToUtf32, reference::utf16ToUtf32,
                                        KORV_Utf32ToUtf16);
             break;
         case 1:
-            unicode<wchar_t, uint16_t>(input, KORV_Utf32ToUtf16, literalUtf32ToUtf16,
+            unicode<wchar_t, uint16_t>(input, KORV_Utf32ToUtf16, reference::utf32ToUtf16,
                                        KORV_Utf16ToUtf32);
             break;
         case 2:

@@ -1,7 +1,7 @@
 // The conversion of UTF-16 input in chunks of any size, against the conversion of the whole input.
 #include "utf16_source.h"
 
-#include "slow/utf8.h"
+#include "reference/utf8.h"
 #include "support/expect.h"
 #include "support/input.h"
 #include "text_source.h"
@@ -47,7 +47,7 @@ std::string convertWhole(const std::string& bytes, bool big) {
             c = 0x10000 + ((c - 0xD800) << 10 | (low - 0xDC00));
             at += 2;
         }
-        slow::appendUtf8(text, c);
+        reference::appendUtf8(text, c);
         if (c == 0) return text;
     }
     return at == bytes.size() ? text : text + "!the input ends within a UTF-16 unit";

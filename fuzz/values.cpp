@@ -4,8 +4,8 @@
 #include <cwchar>
 
 #include "korv/korv.h"
-#include "slow/catalogue.h"
-#include "slow/source_values.h"
+#include "reference/catalogue.h"
+#include "reference/source_values.h"
 #include "support/block.h"
 #include "support/expect.h"
 #include "support/input.h"
@@ -14,9 +14,9 @@ namespace {
 
 using fuzz::Block;
 using fuzz::Input;
-using slow::Rule;
+using reference::Rule;
 
-constexpr uint32_t untouched = slow::kUntouched;
+constexpr uint32_t untouched = reference::kUntouched;
 
 // A code of the catalogue, or any.
 int16_t chooseCode(Input& input) {
@@ -30,7 +30,7 @@ void catalogue(Input& input) {
     FieldDefI field{};
     field.dataType = code;
     field.length = input.number<uint32_t>();
-    const slow::CatalogueRow* row = slow::catalogueRow(code);
+    const reference::CatalogueRow* row = reference::catalogueRow(code);
     uint32_t bytes = untouched, length = untouched;
     FUZZ_EXPECT(GetDataTypeBytes(&field, &bytes) == (row ? KORV_SUCCESS : KORV_TYPE_UNKNOWN));
     FUZZ_EXPECT(bytes == (!row                ? untouched
@@ -67,8 +67,8 @@ std::vector<char> valueBytes(Input& input, Rule rule) {
 
 void lengths(Input& input) {
     const int16_t code = chooseCode(input);
-    const slow::LengthRow rule = slow::lengthRow(code);
-    const slow::CatalogueRow* row = slow::catalogueRow(code);
+    const reference::LengthRow rule = reference::lengthRow(code);
+    const reference::CatalogueRow* row = reference::catalogueRow(code);
     ValueRecord value{};
     value.nullIndicator = static_cast<uint8_t>(input.choice(3));
     const bool hasData = input.choice(4) != 3;
@@ -133,7 +133,7 @@ void copyToTarget(Input& input) {
     value.target = target.data();
     value.copiedLength = INT32_MIN;
     const int32_t processing = KORV_IsZeroOrZeroLength(&context, &value, &result);
-    FUZZ_EXPECT(processing == slow::expectedClass(field.dataType));
+    FUZZ_EXPECT(processing == reference::expectedClass(field.dataType));
     FUZZ_EXPECT(value.processingClass == processing && result.secondFlag == 0);
     FUZZ_EXPECT(value.copiedLength == (context.blkCode != 0 ? copied : INT32_MIN));
     FUZZ_EXPECT(target.holds(expected));

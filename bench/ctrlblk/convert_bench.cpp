@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "korv/ctrlblk.h"
-#include "literal/literal.h"
+#include "reference/control_block.h"
 #include "support/families.h"
 #include "support/row.h"
 
@@ -63,7 +63,7 @@ void addConvert() {
     };
     const auto oursOfFew = [&, ours](std::size_t) { ours(few); };
     const auto literal = [&](std::size_t) {
-        request(few.block, literalCnvCtrlBlkFromIToX, literalCleanCtrlBlkX);
+        request(few.block, reference::cnvCtrlBlkFromIToX, reference::cleanCtrlBlkX);
     };
     Row(function, sizeOf(20), batch)
         .units(batch * 20)

@@ -2,8 +2,8 @@
 #include <limits>
 
 #include "korv/datatypes.h"
-#include "literal/literal.h"
 #include "peers/charconv.h"
+#include "reference/counts.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -37,9 +37,9 @@ void count(const char* function, const char* input, Ours ours, Literal literal) 
 
 void addDigitCount() {
     count<int32_t>("KORVGetIntDigitCount", "32 bits", KORVGetIntDigitCount,
-                   literalGetIntDigitCount);
+                   reference::countDigits<int32_t>);
     count<int64_t>("KORVGetLongLongDigitCount", "64 bits", KORVGetLongLongDigitCount,
-                   literalGetLongLongDigitCount);
+                   reference::countDigits<int64_t>);
 }
 
 }  // namespace bench

@@ -2,8 +2,8 @@
 #include <cstdlib>
 
 #include "korv/errors.h"
-#include "literal/literal.h"
 #include "peers/error_list.h"
+#include "reference/error_chain.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -38,11 +38,11 @@ void addErrorChain() {
         .with("literal",
               [&](std::size_t i) {
                   ErrorAnchor* anchor = newAnchor();
-                  literalErrorCapture(anchor, 1, 2, 3);
-                  literalTokenCapture(anchor, columns.at(i), VARCHAR_SZ, KORV_TOKID_COLNAME);
-                  literalTokenCapture(anchor, labels.at(i), WVARCHAR_SZ, KORV_TOKID_SRCDATA);
-                  literalTokenCapture(anchor, &lengths[i], INTEGER, KORV_TOKID_SRCLEN);
-                  literalTermErrors(anchor);
+                  reference::errorCapture(anchor, 1, 2, 3);
+                  reference::tokenCapture(anchor, columns.at(i), VARCHAR_SZ, KORV_TOKID_COLNAME);
+                  reference::tokenCapture(anchor, labels.at(i), WVARCHAR_SZ, KORV_TOKID_SRCDATA);
+                  reference::tokenCapture(anchor, &lengths[i], INTEGER, KORV_TOKID_SRCLEN);
+                  reference::termErrors(anchor);
               })
         .with("std::list of vectors", [&](std::size_t i) {
             auto* errors = new peers::ErrorList;

@@ -2,9 +2,9 @@
 #include <array>
 
 #include "korv/numeric.h"
-#include "literal/literal.h"
 #include "peers/charconv.h"
 #include "peers/system.h"
+#include "reference/numeric.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -30,7 +30,7 @@ void write(int16_t width) {
         .observe([&](std::size_t) { return bytesOf(field); })
         .with("ours", [&, width](std::size_t i) { PXLongToNum(values[i], width, field.data()); })
         .with("literal",
-              [&, width](std::size_t i) { literalLongToNum(values[i], width, field.data()); })
+              [&, width](std::size_t i) { reference::writeField(values[i], width, field.data()); })
         .with("std::to_chars, padded",
               [&, width](std::size_t i) { peers::writeDigits(values[i], width, field.data()); });
 }
@@ -42,7 +42,7 @@ void writeWide(int16_t width) {
         .observe([&](std::size_t) { return bytesOf(field); })
         .with("ours", [&, width](std::size_t i) { PXLongToNumW(values[i], width, field.data()); })
         .with("literal",
-              [&, width](std::size_t i) { literalLongToNumW(values[i], width, field.data()); })
+              [&, width](std::size_t i) { reference::writeField(values[i], width, field.data()); })
         .with("std::to_chars, widened",
               [&, width](std::size_t i) { peers::writeDigits(values[i], width, field.data()); });
 }
@@ -55,9 +55,10 @@ void read(int16_t digits) {
         .observe([&](std::size_t) { return bytesOf(value); })
         .with("ours",
               [&, digits](std::size_t i) { PXNumToLong(fields.at(i), digits, digits, &value); })
-        .with(
-            "literal",
-            [&, digits](std::size_t i) { literalNumToLong(fields.at(i), digits, digits, &value); })
+        .with("literal",
+              [&, digits](std::size_t i) {
+                  reference::readField(fields.at(i), digits, digits, value);
+              })
         .with("std::from_chars",
               [&, digits](std::size_t i) { peers::readDigits(fields.at(i), digits, value); });
 }
@@ -78,7 +79,7 @@ void readWide(int16_t blanks) {
         .with("ours",
               [&, width](std::size_t i) { PXNumToLongW(fields.at(i), digits, width, &value); })
         .with("literal", [&, width](std::size_t i) {
-            literalNumToLongW(fields.at(i), digits, width, &value);
+            reference::readField(fields.at(i), digits, width, value);
         });
     if (blanks) {
         const std::size_t tail = static_cast<std::size_t>(blanks);

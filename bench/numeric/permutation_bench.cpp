@@ -2,7 +2,7 @@
 #include <array>
 
 #include "korv/numeric.h"
-#include "literal/literal.h"
+#include "reference/numeric.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -16,8 +16,7 @@ void addPermutation() {
     Row("PXGetPermutation", "n = 12", manyInputs)
         .observe([&](std::size_t) { return bytesOf(output); })
         .with("ours", [&](std::size_t i) { PXGetPermutation(keys[i], count, output.data()); })
-        .with("literal",
-              [&](std::size_t i) { literalGetPermutation(keys[i], count, output.data()); });
+        .with("literal", [&](std::size_t i) { reference::permute(keys[i], count, output.data()); });
 }
 
 }  // namespace bench

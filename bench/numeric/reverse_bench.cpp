@@ -1,7 +1,7 @@
 // The decimal digits of a 64-bit number, reversed.
 #include "korv/numeric.h"
-#include "literal/literal.h"
 #include "peers/charconv.h"
+#include "reference/numeric.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -23,7 +23,7 @@ void addReverse() {
         .with("literal",
               [&](std::size_t i) {
                   value = numbers[i];
-                  literalReverseNum(&value);
+                  reference::reverse(&value);
               })
         .with("std::to_string, reversed, read back",
               [&](std::size_t i) { value = peers::reverseDigits(numbers[i]); });

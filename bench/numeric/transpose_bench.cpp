@@ -2,7 +2,7 @@
 #include <array>
 
 #include "korv/numeric.h"
-#include "literal/literal.h"
+#include "reference/numeric.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -33,8 +33,8 @@ void transpose(const char* function, Ours ours, Literal literal) {
 }  // namespace
 
 void addTranspose() {
-    transpose<char>("PXTransposeNum", PXTransposeNum, literalTransposeNum);
-    transpose<wchar_t>("PXTransposeNumW", PXTransposeNumW, literalTransposeNumW);
+    transpose<char>("PXTransposeNum", PXTransposeNum, reference::transpose<char>);
+    transpose<wchar_t>("PXTransposeNumW", PXTransposeNumW, reference::transpose<wchar_t>);
 }
 
 }  // namespace bench

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "korv/sort.h"
-#include "literal/literal.h"
+#include "reference/quicksort.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -35,7 +35,9 @@ void sort(uint32_t count, uint32_t width) {
         .with("ours",
               [=](std::size_t i) { KorvQSort(at(i), count, width, compareKeys, nullptr, 1); })
         .with("literal",
-              [=](std::size_t i) { literalQSort(at(i), count, width, compareKeys, nullptr, 1); })
+              [=](std::size_t i) {
+                  reference::quicksort(at(i), count, width, compareKeys, nullptr, 1);
+              })
         .with("qsort_r",
               [=](std::size_t i) { qsort_r(at(i), count, width, compareKeys, nullptr); });
 }

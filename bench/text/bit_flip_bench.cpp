@@ -2,8 +2,8 @@
 #include <array>
 
 #include "korv/text.h"
-#include "literal/literal.h"
 #include "peers/peers.h"
+#include "reference/bytes.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -23,7 +23,7 @@ void addBitFlip() {
         .with("ours",
               [&, source](std::size_t i) { RTBITFIELD_FLIP(target.data(), source(i), count); })
         .with("literal",
-              [&, source](std::size_t i) { literalBitfieldFlip(target.data(), source(i), count); })
+              [&, source](std::size_t i) { reference::flipBits(target.data(), source(i), count); })
         .with("table of 256 bytes",
               [&, source](std::size_t i) { peerFlipBits(target.data(), source(i), count); });
 }

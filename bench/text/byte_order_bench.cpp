@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include "korv/text.h"
-#include "literal/literal.h"
 #include "peers/peers.h"
+#include "reference/bytes.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -38,7 +38,7 @@ void addByteOrder() {
     auto& shortWork = forever(shorts);
     rowOf("SwapnBytes_2", shorts, shortWork)
         .with("ours", [&](std::size_t i) { SwapnBytes_2(&shortWork[i * units], bytes); })
-        .with("literal", [&](std::size_t i) { literalSwapnBytes_2(&shortWork[i * units], bytes); })
+        .with("literal", [&](std::size_t i) { reference::swapUnits(&shortWork[i * units], bytes); })
         .with("swab",
               [&](std::size_t i) { swab(&shorts[i * units], &shortWork[i * units], bytes); });
 
@@ -48,7 +48,7 @@ void addByteOrder() {
     rowOf("SwapnBytes_4", longs, longWork)
         .with("ours", [&](std::size_t i) { SwapnBytes_4(&longWork[i * units], longBytes); })
         .with("literal",
-              [&](std::size_t i) { literalSwapnBytes_4(&longWork[i * units], longBytes); })
+              [&](std::size_t i) { reference::swapUnits(&longWork[i * units], longBytes); })
         .with("loop of byte swaps",
               [&](std::size_t i) { peerSwapUnits(&longWork[i * units], units); });
 }

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "korv/text.h"
-#include "literal/literal.h"
+#include "reference/text.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -56,15 +56,16 @@ void addCase() {
         const std::string characters = std::to_string(length) + " characters, ";
         upper<char>("KORV_StrToUpper", "C", length, characters + "C locale",
                     "std::ctype<char>::toupper", randomText<char>, KORV_StrToUpper,
-                    literalStrToUpper);
+                    reference::upper<char>);
         for (const char* locale : {"C", "C.UTF-8"}) {
             upper<wchar_t>("KORV_StrToWUpper", locale, length, characters + locale + " locale",
                            "std::ctype<wchar_t>::toupper", randomText<wchar_t>, KORV_StrToWUpper,
-                           literalStrToWUpper);
+                           reference::upper<wchar_t>);
         }
     }
     upper<wchar_t>("KORV_StrToWUpper", "C.UTF-8", 256, "256 accented characters, C.UTF-8 locale",
-                   "std::ctype<wchar_t>::toupper", accented, KORV_StrToWUpper, literalStrToWUpper);
+                   "std::ctype<wchar_t>::toupper", accented, KORV_StrToWUpper,
+                   reference::upper<wchar_t>);
 }
 
 }  // namespace bench

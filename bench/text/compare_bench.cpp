@@ -3,7 +3,7 @@
 #include <cwctype>
 
 #include "korv/text.h"
-#include "literal/literal.h"
+#include "reference/text.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -29,12 +29,12 @@ void compare(const char* locale) {
         if (character) character ^= 0x20;
     }
     auto& order = forever(int32_t{});
+    auto& plain = forever(reference::Comparison());
     Row("StringWCaseCompare", std::string("40 characters, ") + locale + " locale", inputs)
         .locale(locale)
         .observe([&](std::size_t) { return bytesOf(order); })
         .with("ours", [&](std::size_t i) { order = StringWCaseCompare(first.at(i), second.at(i)); })
-        .with("literal",
-              [&](std::size_t i) { order = literalStringWCaseCompare(first.at(i), second.at(i)); })
+        .with("literal", [&](std::size_t i) { order = plain.compare(first.at(i), second.at(i)); })
         .with("wcscasecmp", [&](std::size_t i) { order = wcscasecmp(first.at(i), second.at(i)); });
 }
 

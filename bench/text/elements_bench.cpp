@@ -1,7 +1,7 @@
 // The elements of a list, cut out and upper-cased.
 #include "korv/text.h"
-#include "literal/literal.h"
 #include "peers/system.h"
+#include "reference/text.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -65,7 +65,7 @@ void oneElement() {
         })
         .observe([&](std::size_t) { return bytesOf(reader.output.data(), 25); })
         .with("ours", [&](std::size_t) { reader.next(KORV_GetNextElement); })
-        .with("literal", [&](std::size_t) { reader.next(literalGetNextElement); })
+        .with("literal", [&](std::size_t) { reader.next(reference::nextElement); })
         .with("wcstok, towupper", [&](std::size_t i) {
             wchar_t* list = i ? nullptr : reader.work.at(0);
             peers::nextElement(list, reader.output.data(), &reader.state);
@@ -80,7 +80,7 @@ void growth(const std::string& shape, Reader& small, Reader& large) {
     };
     row(large)
         .with("ours", wholeList(large, KORV_GetNextElement))
-        .with("literal", wholeList(large, literalGetNextElement));
+        .with("literal", wholeList(large, reference::nextElement));
     row(small).with("ours at 1000", wholeList(small, KORV_GetNextElement));
 }
 

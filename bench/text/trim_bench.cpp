@@ -1,6 +1,6 @@
 // The growth of trimming with the length of the text; the time is that of one character.
 #include "korv/text.h"
-#include "literal/literal.h"
+#include "reference/text.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -50,7 +50,7 @@ void addTrim() {
                   TrimSourceW(large.text.at(i), &large.length, delimiters, large.work.data(), 1);
               })
         .with("literal", [&](std::size_t i) {
-            literalTrimSourceW(large.text.at(i), &large.length, delimiters, large.work.data(), 1);
+            reference::trim(large.text.at(i), &large.length, delimiters, large.work.data(), 1);
         });
     rowOf(small).with("ours at 1000", [&](std::size_t i) {
         TrimSourceW(small.text.at(i), &small.length, delimiters, small.work.data(), 1);

@@ -1,7 +1,7 @@
 // UTF-16 to UTF-32 and back, without pairs and with a tenth of the characters outside the BMP.
 #include "korv/text.h"
-#include "literal/literal.h"
 #include "peers/system.h"
+#include "reference/units.h"
 #include "support/families.h"
 #include "support/inputs.h"
 #include "support/row.h"
@@ -56,7 +56,7 @@ void widen(const Pages& pages, const std::string& input) {
               })
         .with("literal",
               [&, source, units](std::size_t i) {
-                  literalUtf16ToUtf32(source(i), units, output.data(), units, &count);
+                  reference::utf16ToUtf32(source(i), units, output.data(), units, &count);
               })
         .with("iconv", [&, bytes](std::size_t i) {
             const auto room = static_cast<std::size_t>(bytes);
@@ -82,8 +82,8 @@ void narrow(const Pages& pages, const std::string& input) {
               })
         .with("literal",
               [&, bytes, units](std::size_t i) {
-                  literalUtf32ToUtf16(pages.wide[i].data(), bytes(i) / 4, output.data(), units,
-                                      &count);
+                  reference::utf32ToUtf16(pages.wide[i].data(), bytes(i) / 4, output.data(), units,
+                                          &count);
               })
         .with("iconv", [&, bytes, room](std::size_t i) {
             const auto size = static_cast<std::size_t>(bytes(i));

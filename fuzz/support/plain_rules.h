@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "reference/utf8.h"
 #include "rules.h"
-#include "slow/utf8.h"
 
 namespace fuzz {
 
@@ -30,13 +30,13 @@ inline std::wstring upperCased(std::wstring text) {
 
 inline std::wstring toWide(const std::string& text) {
     std::wstring wide;
-    require(slow::decodeUtf8(text, wide));
+    require(reference::decodeUtf8(text, wide));
     return wide;
 }
 
 inline std::string toUtf8(const std::wstring& wide) {
     std::string text;
-    for (const wchar_t c : wide) slow::appendUtf8(text, static_cast<uint32_t>(c));
+    for (const wchar_t c : wide) reference::appendUtf8(text, static_cast<uint32_t>(c));
     return text;
 }
 

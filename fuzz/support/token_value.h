@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "korv/errors.h"
-#include "slow/catalogue.h"
+#include "reference/catalogue.h"
 #include "support/input.h"
 
 namespace fuzz {
@@ -98,7 +98,7 @@ inline TokenValue momentValue(Input& input, int16_t type) {
 }
 
 inline TokenValue tokenValue(Input& input, int16_t type) {
-    const slow::CatalogueRow* row = slow::catalogueRow(type);
+    const reference::CatalogueRow* row = reference::catalogueRow(type);
     if (row && (row->narrow || row->wide)) return textValue(input, type, row->wide);
     switch (type) {
         case INTEGER:

@@ -3,13 +3,13 @@
 #include <climits>
 
 #include "ctrlblk/records.h"
-#include "slow/field_walk.h"
+#include "reference/field_walk.h"
 
 namespace {
 
 class References : public HeapTest {};
 
-using slow::walk;
+using reference::walk;
 
 void expectWalked(std::size_t fieldCount, const std::vector<int>& positions) {
     Request request(fieldCount, positions);

@@ -2,11 +2,11 @@
 #include <string>
 
 #include "datacnv/outcome.h"
-#include "slow/utf8.h"
+#include "reference/utf8.h"
 
 namespace {
 
-using slow::character;
+using reference::character;
 
 void expectLikeTable(const uint8_t* bytes, uint32_t length) {
     const CnvOptions options = codePage(1208);

@@ -5,15 +5,15 @@
 #include <cstring>
 
 #include "korv/datatypes.h"
-#include "slow/catalogue.h"
+#include "reference/catalogue.h"
 #include "support/fenced.h"
 
 namespace {
 
-using slow::catalogueRow;
-using slow::CatalogueRow;
-using slow::kCatalogue;
-using slow::kUntouched;
+using reference::catalogueRow;
+using reference::CatalogueRow;
+using reference::kCatalogue;
+using reference::kUntouched;
 
 // A field definition and a result, both ending at unreadable pages.
 class CatalogueTest : public testing::Test {

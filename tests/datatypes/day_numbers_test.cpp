@@ -6,7 +6,7 @@
 #include <string>
 
 #include "korv/datatypes.h"
-#include "slow/day_numbers.h"
+#include "reference/counts.h"
 #include "support/fenced.h"
 
 namespace {
@@ -20,9 +20,8 @@ std::string text(const OdbcDate& date) {
            std::to_string(date.day);
 }
 
-using slow::dateByTheSteps;
-using slow::numberByTheSteps;
-using slow::wrap;
+using reference::dateOf;
+using reference::dayOf;
 
 // Both functions with arguments that end at unreadable pages.
 class DayNumbersTest : public testing::Test {
@@ -43,12 +42,10 @@ class DayNumbersTest : public testing::Test {
     }
     void compareNumber(int32_t number) {
         const OdbcDate date = toDate(number);
-        ASSERT_TRUE(same(dateByTheSteps(number), date))
-            << number << " gives " << text(date) << ", not " << text(dateByTheSteps(number));
+        ASSERT_TRUE(same(dateOf(number), date))
+            << number << " gives " << text(date) << ", not " << text(dateOf(number));
     }
-    void compareDate(OdbcDate date) {
-        ASSERT_EQ(numberByTheSteps(date), toNumber(date)) << text(date);
-    }
+    void compareDate(OdbcDate date) { ASSERT_EQ(dayOf(date), toNumber(date)) << text(date); }
     void TearDown() override { EXPECT_TRUE(number_.intact() && date_.intact()); }
 
   private:
@@ -95,12 +92,14 @@ TEST_F(DayNumbersTest, NumbersAroundEveryTurningPoint) {
                            int64_t{INT32_MAX} - 693902, int64_t{536870912} - 693902,
                            int64_t{-536870912} - 693902, int64_t{1073741824} - 693902,
                            int64_t{-1073741824} - 693902, int64_t{-693595}, int64_t{2958463}}) {
-        for (int64_t step = -3000; step <= 3000; ++step) compareNumber(wrap(middle + step));
+        for (int64_t step = -3000; step <= 3000; ++step)
+            compareNumber(static_cast<int32_t>(static_cast<uint32_t>(middle + step)));
     }
     // The ends of the 16-bit years.
     for (int64_t year : {-32768, -1, 0, 32767}) {
         const int64_t middle = year * 146097 / 400 - 693902;
-        for (int64_t step = -1000; step <= 1000; ++step) compareNumber(wrap(middle + step));
+        for (int64_t step = -1000; step <= 1000; ++step)
+            compareNumber(static_cast<int32_t>(static_cast<uint32_t>(middle + step)));
     }
 }
 

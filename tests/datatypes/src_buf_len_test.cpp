@@ -5,13 +5,13 @@
 #include <string>
 
 #include "datatypes/value_records.h"
-#include "slow/source_values.h"
+#include "reference/source_values.h"
 
 namespace {
 
-using slow::LengthRow;
-using slow::lengthRow;
-using slow::Rule;
+using reference::LengthRow;
+using reference::lengthRow;
+using reference::Rule;
 
 constexpr int32_t kLengths[] = {INT32_MIN, -65537, -65536, -65535, -32768, -1,
                                 0,         1,      12,     99,     65536,  INT32_MAX};

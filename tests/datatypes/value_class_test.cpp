@@ -5,11 +5,11 @@
 #include <vector>
 
 #include "datatypes/value_records.h"
-#include "slow/source_values.h"
+#include "reference/source_values.h"
 
 namespace {
 
-using slow::expectedClass;
+using reference::expectedClass;
 
 class ValueClassTest : public testing::Test {
   protected:

@@ -164,7 +164,7 @@ TEST(ChunkReader, RowsAndFaultsDoNotDependOnTheChunks) {
         }
         const std::string fault = random() % 4 ? "" : "fault";
         const size_t longest = random() % 2 ? ChunkReader::kLongestRow : 3 + random() % 40;
-        const slow::CsvRows expected = slow::CsvReader(text, ',', longest, fault).read();
+        const reference::CsvRows expected = reference::CsvReader(text, ',', longest, fault).read();
         for (size_t size = 1; size <= text.size() + 2; ++size) {
             TextSource source(text, random() % 2 ? SIZE_MAX : 1 + random() % 9, fault);
             ChunkReader reader(source, "in.csv", size, longest);
@@ -183,7 +183,7 @@ TEST(ChunkReader, RowsDoNotDependOnTheBlocksOfChunks) {
             if (random() % 3 == 0) text += ",\"" + std::string(random() % 80, '\n') + "\"";
             text += random() % 2 ? "\r\n" : "\n";
         }
-        const slow::CsvRows expected = slow::CsvReader(text, ',', ChunkReader::kLongestRow).read();
+        const reference::CsvRows expected = reference::CsvReader(text, ',', ChunkReader::kLongestRow).read();
         for (const size_t size : {16, 31, 63, 64, 65, 127, 128, 129, 300, 999}) {
             TextSource source(text);
             ChunkReader reader(source, "in.csv", size);

@@ -4,13 +4,13 @@
 #include <stdexcept>
 
 #include "csv_field.h"
+#include "reference/csv_rows.h"
 #include "row_parser.h"
-#include "slow/csv_rows.h"
 
 // Adds the rows of one chunk whose first line is `line`; returns the first line of the next chunk,
 // or 0 where the chunk is malformed.
 inline uint64_t addRows(const tool::Chunk& chunk, const tool::Dialect& dialect, uint64_t line,
-                        slow::CsvRows& result) {
+                        reference::CsvRows& result) {
     tool::RowParser parser(chunk, dialect);
     try {
         std::string work;
@@ -30,8 +30,8 @@ inline uint64_t addRows(const tool::Chunk& chunk, const tool::Dialect& dialect, 
     return line + parser.lines();
 }
 
-inline slow::CsvRows parsedRows(tool::ChunkReader& reader, const tool::Dialect& dialect = {}) {
-    slow::CsvRows result;
+inline reference::CsvRows parsedRows(tool::ChunkReader& reader, const tool::Dialect& dialect = {}) {
+    reference::CsvRows result;
     tool::Chunk chunk;
     uint64_t line = 1;
     uint64_t chunks = 0;

@@ -27,7 +27,7 @@ Chunk wholeText(const std::string& text) {
 }
 
 std::string rowsOf(const Chunk& chunk, char delimiter = ',') {
-    slow::CsvRows result;
+    reference::CsvRows result;
     addRows(chunk, {delimiter, true}, 1, result);
     return result.rows;
 }
@@ -83,7 +83,7 @@ TEST(RowParser, ParsesRowsAndFindsFaults) {
 // What the slow reader, which the other tests compare with, makes of the same texts.
 TEST(RowParser, TheSlowReaderAgrees) {
     for (const Case& c : kCases) {
-        EXPECT_EQ(c.expected, slow::CsvReader(c.text, ',', SIZE_MAX).read().rows) << c.name;
+        EXPECT_EQ(c.expected, reference::CsvReader(c.text, ',', SIZE_MAX).read().rows) << c.name;
     }
 }
 
@@ -188,9 +188,9 @@ TEST(RowParser, ParsesEveryLengthNextToAnUnreadablePage) {
             chunk.begin = memory.data();
             chunk.end = chunk.begin + length;
             chunk.last = true;
-            slow::CsvRows rows;
+            reference::CsvRows rows;
             addRows(chunk, {}, 1, rows);
-            ASSERT_EQ(slow::CsvReader(text, ',', SIZE_MAX).read(), rows) << text;
+            ASSERT_EQ(reference::CsvReader(text, ',', SIZE_MAX).read(), rows) << text;
         }
     }
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "korv/numeric.h"
-#include "slow/digit_fields.h"
+#include "reference/numeric.h"
 #include "support/fenced.h"
 
 namespace {
@@ -32,7 +32,7 @@ struct NumToLongW {
     static constexpr auto& read = PXNumToLongW;
 };
 
-using slow::readField;
+using reference::readField;
 
 template <class Reader>
 class DigitFieldsReadTest : public testing::Test {

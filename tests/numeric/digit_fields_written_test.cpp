@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "korv/numeric.h"
-#include "slow/digit_fields.h"
+#include "reference/numeric.h"
 #include "support/fenced.h"
 
 namespace {
@@ -35,8 +35,6 @@ struct IntToNumW {
     static constexpr bool terminated = true;
     static constexpr auto& write = PXIntToNumW;
 };
-
-using slow::divided;
 
 std::vector<int32_t> edgeValues() {
     std::vector<int32_t> values = {INT32_MIN, INT32_MIN + 1, INT32_MAX, INT32_MAX - 1};
@@ -68,8 +66,8 @@ class DigitFieldsWrittenTest : public testing::Test {
     void compare(int32_t value, int width) {
         Fenced<Char>& field = fieldOf(width);
         std::fill_n(field.data(), field.size(), Char{0x5C});
-        int32_t rest = value;
-        Text expected = divided<Char>(rest, width);
+        Text expected(static_cast<std::size_t>(width), Char{});
+        const int32_t rest = reference::writeField(value, width, expected.data());
         if (Writer::terminated) expected.push_back(0);
         ASSERT_EQ(rest == 0 ? 0 : -1,
                   Writer::write(value, static_cast<int16_t>(width), field.data()))
@@ -178,8 +176,8 @@ TYPED_TEST(DigitFieldsWrittenTest, EveryWidthAtEveryAlignment) {
             for (int32_t value : {0, 9, -90, 1234567890, INT32_MIN}) {
                 std::basic_string<Char> field(16 + 70 + 17, Char{0x7E});
                 std::basic_string<Char> expected = field;
-                int32_t rest = value;
-                auto digits = divided<Char>(rest, width);
+                std::basic_string<Char> digits(static_cast<std::size_t>(width), Char{});
+                const int32_t rest = reference::writeField(value, width, digits.data());
                 if (TypeParam::terminated) digits.push_back(0);
                 expected.replace(offset, digits.size(), digits);
                 ASSERT_EQ(rest == 0 ? 0 : -1, TypeParam::write(value, static_cast<int16_t>(width),

@@ -8,14 +8,13 @@
 #include <vector>
 
 #include "korv/sort.h"
-#include "slow/plain_sort.h"
+#include "reference/quicksort.h"
 #include "sort/arrays.h"
 #include "support/fenced.h"
 
 namespace {
 
-using slow::PlainSort;
-using slow::Recorder;
+using reference::Recorder;
 
 using Order = std::function<int32_t(const unsigned char*, const unsigned char*)>;
 
@@ -26,7 +25,7 @@ Bytes expectSameSequence(const Bytes& array, uint32_t width, uint8_t ascending,
     const auto count = static_cast<uint32_t>(array.size() / width);
     Bytes plain = array;
     Recorder expected{plain.data(), width, makeOrder(), {}};
-    PlainSort(plain.data(), width, Recorder::compare, &expected, ascending).sort(count);
+    reference::quicksort(plain.data(), count, width, Recorder::compare, &expected, ascending);
 
     Fenced<unsigned char> fenced(array.size() + shift);
     std::copy(array.begin(), array.end(), fenced.data());
@@ -180,9 +179,7 @@ TEST(QuicksortSequence, AHundredThousandElements) {
     const KorvCompare compare = [](const void* x, const void* y, void*) -> int32_t {
         return std::memcmp(x, y, 4);
     };
-    PlainSort transcription(plain.data(), 4, compare, nullptr, 1);
-    transcription.sort(count);
-    EXPECT_LE(transcription.deepest, 17);
+    EXPECT_LE(reference::quicksort(plain.data(), count, 4, compare, nullptr, 1), 17);
     KorvQSort(sorted.data(), count, 4, compare, nullptr, 1);
     EXPECT_TRUE(plain == sorted);
     for (std::size_t at = 4; at < sorted.size(); at += 4) {

@@ -4,12 +4,12 @@
 #include <vector>
 
 #include "korv/text.h"
-#include "slow/bit_flip.h"
+#include "reference/bytes.h"
 #include "text/places.h"
 
 namespace {
 
-using slow::flipBits;
+using reference::flipBits;
 
 std::vector<uint8_t> draw(std::size_t count, std::mt19937& random) {
     std::vector<uint8_t> bytes(count);

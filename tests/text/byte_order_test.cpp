@@ -5,13 +5,13 @@
 #include <vector>
 
 #include "korv/text.h"
-#include "slow/byte_order.h"
+#include "reference/bytes.h"
 #include "text/places.h"
 
 namespace {
 
-using slow::swapped;
-using slow::swapUnits;
+using reference::swapped;
+using reference::swapUnits;
 
 template <class Unit>
 struct Swaps;

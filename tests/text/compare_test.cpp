@@ -8,14 +8,14 @@
 #include <vector>
 
 #include "korv/text.h"
-#include "slow/comparison.h"
+#include "reference/text.h"
 #include "text/locales.h"
 #include "text/places.h"
 
 namespace {
 
-using slow::Comparison;
-using slow::lower;
+using reference::Comparison;
+using reference::lower;
 
 // A thread that has compared nothing yet.
 template <class Body>

@@ -5,14 +5,14 @@
 #include <string>
 
 #include "korv/text.h"
-#include "slow/elements.h"
+#include "reference/text.h"
 #include "text/locales.h"
 #include "text/places.h"
 
 namespace {
 
-using slow::Element;
-using slow::nextElement;
+using reference::Element;
+using reference::elementOf;
 
 // Fenced room for source and output, used again and again.
 class Elements : public testing::Test {
@@ -21,7 +21,7 @@ class Elements : public testing::Test {
 
     // `source` ends at an unreadable page, and so does the room that the output needs.
     void expectElement(const std::wstring& list, wchar_t delimiter, std::size_t start) {
-        const Element expected = nextElement(list, delimiter, start);
+        const Element expected = elementOf(list, delimiter, start);
         wchar_t* source = source_.data() + room - list.size() - 1;
         std::memcpy(source, list.c_str(), (list.size() + 1) * sizeof(wchar_t));
         // Blanks in front of an element are not its own, even where nothing else is.

@@ -4,13 +4,13 @@
 #include <string>
 
 #include "korv/text.h"
-#include "slow/key_value.h"
+#include "reference/key_value.h"
 #include "text/places.h"
 
 namespace {
 
-using slow::keyValue;
-using slow::Value;
+using reference::keyValue;
+using reference::Value;
 
 class KeyValue : public testing::Test {
   protected:

@@ -5,7 +5,7 @@
 
 #include "korv/datatypes.h"
 
-namespace slow {
+namespace reference {
 
 enum class Rule { none, kept, prefix, narrowText, wideText, constant };
 
@@ -85,4 +85,4 @@ inline int32_t expectedClass(int code) {
     }
 }
 
-}  // namespace slow
+}  // namespace reference

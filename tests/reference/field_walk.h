@@ -5,7 +5,7 @@
 
 #include "korv/ctrlblk.h"
 
-namespace slow {
+namespace reference {
 
 // One step for each count below `position`. The address beyond the last record is as far as it
 // goes.
@@ -19,4 +19,4 @@ inline FieldDefX* walk(FieldDefX* first, std::int16_t position) {
     return at;
 }
 
-}  // namespace slow
+}  // namespace reference

@@ -1,5 +1,9 @@
 // Quicksort with a stack of partitions, elements exchanged byte by byte.
-#include "literal/literal.h"
+#include "reference/quicksort.h"
+
+#include <algorithm>
+
+namespace reference {
 
 namespace {
 
@@ -36,13 +40,14 @@ void shortsort(char* lo, char* hi, const Order& order) {
 
 }  // namespace
 
-void literalQSort(void* base, uint32_t count, uint32_t width, KorvCompare compare, void* context,
-                  uint8_t ascending) {
-    if (count < 2 || width == 0) return;
+int quicksort(void* base, uint32_t count, uint32_t width, KorvCompare compare, void* context,
+              uint8_t ascending) {
+    if (count < 2 || width == 0) return 0;
     const Order order{width, compare, context, ascending != 0};
     char* los[30];
     char* his[30];
     int top = 0;
+    int deepest = 0;
     char* lo = static_cast<char*>(base);
     char* hi = lo + (count - 1) * width;
     for (;;) {
@@ -82,8 +87,11 @@ void literalQSort(void* base, uint32_t count, uint32_t width, KorvCompare compar
                 }
             }
         }
-        if (--top < 0) return;
+        deepest = std::max(deepest, top);
+        if (--top < 0) return deepest;
         lo = los[top];
         hi = his[top];
     }
 }
+
+}  // namespace reference

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace slow {
+namespace reference {
 
 struct Utf8Row {
     int first, last;  // of the lead byte
@@ -69,4 +69,4 @@ inline void appendUtf8(std::string& text, uint32_t c) {
     if (c >= 0x80) put(0x80 | (c & 0x3F));
 }
 
-}  // namespace slow
+}  // namespace reference

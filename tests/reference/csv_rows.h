@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace slow {
+namespace reference {
 
 // What a reader makes of a text.
 struct CsvRows {
@@ -133,4 +133,4 @@ class CsvReader {
     uint64_t line_ = 1;
 };
 
-}  // namespace slow
+}  // namespace reference

@@ -5,7 +5,7 @@
 
 #include "korv/datatypes.h"
 
-namespace slow {
+namespace reference {
 
 inline constexpr uint32_t kUntouched = 0xABCDEF01;
 
@@ -57,4 +57,4 @@ inline const CatalogueRow* catalogueRow(int code) {
     return nullptr;
 }
 
-}  // namespace slow
+}  // namespace reference

@@ -1,11 +1,14 @@
 // Error records and the capture of three kinds of token, step by step.
+#include "reference/error_chain.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
 
 #include "korv/datacnv.h"
-#include "literal/literal.h"
+
+namespace reference {
 
 namespace {
 
@@ -22,8 +25,8 @@ wchar_t* room(TokenSlot& slot, std::size_t bytes) {
 
 }  // namespace
 
-int32_t literalErrorCapture(ErrorAnchor* anchor, uint32_t firstCode, uint32_t secondCode,
-                            int16_t slotCount) {
+int32_t errorCapture(ErrorAnchor* anchor, uint32_t firstCode, uint32_t secondCode,
+                     int16_t slotCount) {
     if (!anchor) return KORV_FAILURE;
     const auto size = static_cast<uint32_t>((std::fmax(slotCount, 1) - 1) * 8 + 32);
     anchor->currentSize = size;
@@ -44,8 +47,7 @@ int32_t literalErrorCapture(ErrorAnchor* anchor, uint32_t firstCode, uint32_t se
     return KORV_SUCCESS;
 }
 
-int32_t literalTokenCapture(ErrorAnchor* anchor, const void* value, int16_t dataType,
-                            uint32_t tokenId) {
+int32_t tokenCapture(ErrorAnchor* anchor, const void* value, int16_t dataType, uint32_t tokenId) {
     if (!anchor) return KORV_FAILURE;
     if (tokenId > 90) return KORV_TOKEN_BAD_ID;
     ErrorRecord& record = *anchor->tail;
@@ -82,7 +84,7 @@ int32_t literalTokenCapture(ErrorAnchor* anchor, const void* value, int16_t data
     return KORV_SUCCESS;
 }
 
-int32_t literalTermErrors(ErrorAnchor* anchor) {
+int32_t termErrors(ErrorAnchor* anchor) {
     if (!anchor) return KORV_SUCCESS;
     while (anchor->head) {
         ErrorRecord* record = anchor->head;
@@ -96,3 +98,5 @@ int32_t literalTermErrors(ErrorAnchor* anchor) {
     std::free(anchor);
     return KORV_SUCCESS;
 }
+
+}  // namespace reference

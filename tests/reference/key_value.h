@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace slow {
+namespace reference {
 
 struct Value {
     int32_t result;
@@ -31,4 +31,4 @@ inline Value keyValue(const std::string& source, int32_t maxCount, char separato
     return {0, text, copied};
 }
 
-}  // namespace slow
+}  // namespace reference

@@ -1,9 +1,11 @@
 // Conversion and release of a control block, step by step: each reference walks the field list
 // anew.
+#include "reference/control_block.h"
+
 #include <cstdlib>
 #include <cstring>
 
-#include "literal/literal.h"
+namespace reference {
 
 namespace {
 
@@ -70,7 +72,7 @@ void freeList(Record*& head) {
 
 }  // namespace
 
-int32_t literalCnvCtrlBlkFromIToX(const CtrlBlkI* source, CtrlBlkX* target) {
+int32_t cnvCtrlBlkFromIToX(const CtrlBlkI* source, CtrlBlkX* target) {
     if (!source || !target) return KORV_FAILURE;
     writeHeader(target->header, "BLKX", sizeof(CtrlBlkX));
     target->blkCode = source->blkCode;
@@ -94,10 +96,12 @@ int32_t literalCnvCtrlBlkFromIToX(const CtrlBlkI* source, CtrlBlkX* target) {
     return status;
 }
 
-int32_t literalCleanCtrlBlkX(CtrlBlkX* block) {
+int32_t cleanCtrlBlkX(CtrlBlkX* block) {
     if (!block) return KORV_SUCCESS;
     freeList(block->fieldDefs);
     freeList(block->fieldRefs.link);
     std::free(block);
     return KORV_SUCCESS;
 }
+
+}  // namespace reference
