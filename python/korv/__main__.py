@@ -13,7 +13,7 @@ from typing import NoReturn
 
 import pyarrow as pa
 
-from ._output import RunError
+from ._output import RunError, remove_temporaries
 from ._records import MaskError, Status
 from .convert import NOT_RUN, Options, convert
 
@@ -78,8 +78,7 @@ def _message(error: Exception) -> str:
     return f"unexpected {type(error).__name__}"  # its message may hold a value
 
 
-def main(arguments: list[str]) -> int:
-    options = _parser().parse_args(arguments)
+def _prepare_process() -> None:
     # No core dump and no debugger of the same user shows secrets and clear values.
     ctypes.CDLL(None).prctl(_PR_SET_DUMPABLE, 0, 0, 0, 0)
     # The collector would look through every batch of lines, which hold no cycles.
@@ -88,6 +87,11 @@ def main(arguments: list[str]) -> int:
         # What the caller has the program ignore, as nohup does, stays ignored.
         if signal.getsignal(number) != signal.SIG_IGN:
             signal.signal(number, _end)
+
+
+def main(arguments: list[str]) -> int:
+    """Returns the exit status."""
+    options = _parser().parse_args(arguments)
     try:
         return convert(
             Options(
@@ -106,13 +110,16 @@ def main(arguments: list[str]) -> int:
                 progress=sys.stderr.isatty(),
             )
         )
-    except _Ended as ended:
-        signal.signal(ended.number, signal.SIG_DFL)
-        os.kill(os.getpid(), ended.number)
     except Exception as error:
         print(f"korv convert: {_message(error)}", file=sys.stderr)
     return NOT_RUN
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    _prepare_process()
+    try:
+        sys.exit(main(sys.argv[1:]))
+    except _Ended as ended:
+        remove_temporaries()
+        signal.signal(ended.number, signal.SIG_DFL)
+        os.kill(os.getpid(), ended.number)

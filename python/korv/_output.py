@@ -3,14 +3,26 @@
 from __future__ import annotations
 
 import os
+import secrets
 import stat
-import tempfile
 from collections.abc import Sequence
 from types import TracebackType
 
 
 class RunError(Exception):
     """What ends a run without output."""
+
+
+_temporaries: set[str] = set()
+
+
+def remove_temporaries() -> None:
+    """Removes what a run that a signal ends would leave."""
+    for path in _temporaries:
+        try:
+            os.unlink(path)
+        except FileNotFoundError:
+            pass
 
 
 class OutputFile:
@@ -23,7 +35,9 @@ class OutputFile:
         if before is not None and not stat.S_ISREG(before.st_mode):
             raise RunError(f"{path}: not a regular file")
         folder, name = os.path.split(self._target)
-        descriptor, self.temporary = tempfile.mkstemp(".tmp", name + ".", folder)
+        self.temporary = os.path.join(folder, f"{name}.{secrets.token_hex(4)}.tmp")
+        _temporaries.add(self.temporary)  # before the file is there: a signal may come at any time
+        descriptor = os.open(self.temporary, os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_CLOEXEC, 0o600)
         try:
             _take_over(descriptor, before)
         finally:
@@ -33,9 +47,9 @@ class OutputFile:
         return self
 
     def __exit__(self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None) -> None:
-        if self.temporary:
+        if self.temporary in _temporaries:
             os.unlink(self.temporary)
-            self.temporary = ""
+            _temporaries.discard(self.temporary)
 
     def commit(self) -> None:
         # Even if the machine goes down, the name stands for all of the old contents or all of the new.
@@ -45,7 +59,7 @@ class OutputFile:
         finally:
             os.close(descriptor)
         os.rename(self.temporary, self._target)
-        self.temporary = ""
+        _temporaries.discard(self.temporary)
 
 
 def _take_over(descriptor: int, before: os.stat_result | None) -> None:

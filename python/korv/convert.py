@@ -203,7 +203,8 @@ class _LinesMasking:
                     self._run.set_plan(handle.plan)
             yield row, self._names, lines
             row += len(lines)
-        self._masker.columns(self._names)  # a rule for a key that never came up is an error
+        if self._names:
+            self._masker.columns(self._names)  # a rule for a key that never came up is an error
 
     def mask(self, item: tuple[int, tuple[str, ...], list[_jsonl.Line]]) -> tuple[Outcome, int, bytes]:
         first_row, names, lines = item
@@ -217,14 +218,17 @@ class _LinesMasking:
                 columns.append(texts)
                 if plan.related is not None:
                     name = plan.related if plan.related_index is None else names[plan.related_index]
-                    related[i], _ = self._texts(name, lines)
+                    related[i], _ = self._texts(name, lines, texts)
             outcome = mask_rows(handle, columns, related, first_row, drop_rows=False, numbers=numbers)
             return outcome, len(lines), _written(handle.plan, lines, outcome, first_row)
 
-    def _texts(self, name: str, lines: list[_jsonl.Line]) -> tuple[pa.Array, pa.BooleanArray]:
+    def _texts(
+        self, name: str, lines: list[_jsonl.Line], wanted: pa.Array | None = None
+    ) -> tuple[pa.Array, pa.BooleanArray]:
         texts, numbers = [], []
-        for number, members in lines:
-            _, value, _ = members.get(name, ("", None, ""))
+        is_wanted = [True] * len(lines) if wanted is None else wanted.is_valid().to_pylist()
+        for (number, members), is_read in zip(lines, is_wanted):
+            _, value, _ = members.get(name, ("", None, "")) if is_read else ("", None, "")
             if value is not None and not isinstance(value, str):
                 kind = "a boolean" if isinstance(value, bool) else "a nested value"
                 raise RunError(f"{self._path}:{number}: key {name}: {kind} cannot be masked")
