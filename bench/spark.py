@@ -1,18 +1,17 @@
 """What masking costs on one core, alone and in Spark: CPU seconds for a million values, and memory.
 
-Usage: bench/spark.py [ROWS], with the packages of tests/spark/requirements.txt and korv installed."""
+Usage: bench/spark.py [ROWS]. Java must be installed; the rest is installed below build/bench/spark when it is missing."""
 import os
 import pathlib
 import resource
 import subprocess
 import sys
 import tempfile
+import venv
 import warnings
 
-import pyarrow.parquet as pq
-
-sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "tests/spark"))
-from customers import MASKED, RULES, write_customers, write_secrets  # noqa: E402
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path.insert(0, str(ROOT / "tests/spark"))
 
 TICK = os.sysconf("SC_CLK_TCK")
 
@@ -58,16 +57,27 @@ def show(what, value, unit="CPU seconds"):
     print(f"{what:<58} {value:8.2f} {unit}", flush=True)
 
 
-def main():
-    import korv
-    import korv.spark
+def install():
+    """Runs this program again in an environment that has what it needs."""
+    folder = ROOT / "build/bench/spark"
+    venv.create(folder, with_pip=True)
+    subprocess.run([folder / "bin/pip", "install", "--quiet", f"{ROOT}[files,spark]", "-r", ROOT / "tests/spark/requirements.txt"],
+                   check=True)
+    os.execv(folder / "bin/python", [str(folder / "bin/python"), *sys.argv])
 
-    rows = int(sys.argv[1]) if len(sys.argv) > 1 else 1_000_000
+
+def main():
+    try:
+        import korv.spark
+        import pyarrow.parquet as pq
+        from customers import MASKED, RULES, write_customers, write_secrets
+        from pyspark.sql import SparkSession
+    except ImportError:
+        install()
+    rows = int(sys.argv[1]) if len(sys.argv) > 1 else 2_000_000
     millions = rows * len(MASKED) / 1e6
     os.environ["PYSPARK_PYTHON"] = sys.executable
     warnings.simplefilter("ignore")
-    from pyspark.sql import SparkSession
-
     with tempfile.TemporaryDirectory() as folder:
         whole, half, secrets = (pathlib.Path(folder, name) for name in ("whole.parquet", "half.parquet", "secrets.txt"))
         write_customers(whole, rows)

@@ -51,7 +51,11 @@ def test_partitions_by_value_do_not_matter(spark, customers, masked_here, secret
     assert differences(tmp_path / "out", masked_here) == (0, 0, ROWS)
 
 
-@pytest.mark.parametrize("victims", [executors, python_workers])
+def one_executor(found):
+    return executors(found)[:1]
+
+
+@pytest.mark.parametrize("victims", [one_executor, python_workers])
 def test_killing_changes_nothing(spark, victims, processes, customers, masked_here, secrets_file, tmp_path):
     spark.conf.set("spark.sql.files.maxPartitionBytes", "2m")
     dataframe = masked(spark.read.parquet(str(customers)), secrets_file)
@@ -65,18 +69,19 @@ def test_killing_changes_nothing(spark, victims, processes, customers, masked_he
 
     writer = threading.Thread(target=write)
     writer.start()
-    killed = []
-    failed = 0
+    killed = lost = 0
+    next_kill = 1
     while writer.is_alive():
-        stages = active_stages(spark)
-        failed += sum(stage.numFailedTasks for stage in stages)
-        if not killed and any(stage.numCompletedTasks > 0 and stage.numActiveTasks > 0 for stage in stages):
-            killed = victims(processes())[:1]
-            for process in killed:
-                os.kill(process, signal.SIGKILL)
+        for stage in active_stages(spark):
+            lost = max(lost, stage.numFailedTasks)
+            # A Python worker may have been between two tasks; then there is another try.
+            if lost == 0 and stage.numActiveTasks > 0 and stage.numCompletedTasks >= next_kill:
+                next_kill = stage.numCompletedTasks + 10
+                for process in victims(processes()):
+                    os.kill(process, signal.SIGKILL)
+                    killed += 1
         time.sleep(0.05)
     writer.join()
     assert not faults
-    assert len(killed) == 1, "the job was over too early"
-    assert failed > 0, "no task was lost"
+    assert killed > 0 and lost > 0, f"{killed} processes killed, {lost} tasks lost"
     assert differences(tmp_path / "out", masked_here) == (0, 0, ROWS)

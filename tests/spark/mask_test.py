@@ -48,6 +48,27 @@ def test_types_come_back_as_one_process_returns_them(spark, secrets_file):
     assert masked.toArrow().sort_by("ID").to_pylist() == expected.sort_by("ID").to_pylist()
 
 
+@pytest.mark.parametrize("setting, value", [
+    ("spark.sql.session.timeZone", "Asia/Tokyo"),
+    ("spark.sql.execution.arrow.maxRecordsPerBatch", "7"),
+    ("spark.sql.execution.arrow.useLargeVarTypes", "true"),
+])
+def test_settings_of_the_session_do_not_matter(spark, secrets_file, tmp_path, setting, value):
+    spark.sql(TYPES).write.parquet(str(tmp_path / "clear"))
+
+    def masked():
+        clear = spark.read.parquet(str(tmp_path / "clear"))
+        result = korv.spark.mask(clear, TYPE_RULES, secrets_file, on_error="rule").drop("MAP")
+        return rows(result.selectExpr("* except (MOMENT)", "unix_micros(MOMENT)"))
+
+    usual, before = masked(), spark.conf.get(setting)
+    spark.conf.set(setting, value)
+    try:
+        assert masked() == usual
+    finally:
+        spark.conf.set(setting, before)
+
+
 def test_a_column_that_may_become_null_is_declared_so(spark, secrets_file):
     clear = spark.sql("select 1L as ID, '12' as CARD")
     masked = korv.spark.mask(clear, "ID=KEEP\nCARD=CCN, secret=crm, on-error=null", secrets_file, on_error="rule")
