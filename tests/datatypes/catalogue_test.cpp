@@ -90,10 +90,6 @@ TEST(CatalogueNameTest, EveryCodeHasItsNameOrNone) {
     }
 }
 
-TEST(CatalogueNameTest, ANameIsConstantText) {
-    EXPECT_EQ(KORVGetDataTypeName(CHAR), KORVGetDataTypeName(CHAR));
-}
-
 TEST(CataloguePredicateTest, ZeroMeansYesForNarrowText) {
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
         const CatalogueRow* row = catalogueRow(code);
