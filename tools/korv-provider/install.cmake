@@ -6,3 +6,4 @@ install(TARGETS korv-provider-run DESTINATION ${CMAKE_INSTALL_LIBDIR}/korv COMPO
 korv_path_between(libraries ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_LIBDIR} "$ORIGIN/")
 set_target_properties(korv-provider PROPERTIES INSTALL_RPATH "${libraries}")
 install(TARGETS korv-provider DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT mask)
+install(FILES korv-provider.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT mask)
