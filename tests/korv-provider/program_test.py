@@ -154,7 +154,7 @@ class CheckTest(KitTest):
         self.assertEqual(path, document["module"])
         self.assertEqual(1, document["status"])
         found = [test for test in document["tests"] if test["verdict"] == "found"]
-        self.assertEqual(["provider-name"], [test["name"] for test in found])
+        self.assertEqual(["provider-name", "sample-rules"], [test["name"] for test in found])
         self.assertEqual(document["findings"], sum(len(test["findings"]) for test in found))
 
     def test_sample_rules_are_used_when_no_rule_is_given(self):
@@ -168,6 +168,8 @@ class CheckTest(KitTest):
             result = check(SOUND, "--level", 4, "--only", "rule-opens|null", "--rule", rule)
             self.assert_status(1, result)
             self.assertIn(": 3.1 rule-opens: ", result.out)
+            # Without that test, nothing was tested.
+            self.assert_status(2, check(SOUND, "--level", 4, "--only", "null", "--rule", rule))
 
     def test_a_crash_names_the_rule_and_the_value(self):
         result = check(os.path.join(BROKEN, "broken_one_character.so"), "--level", 4, "--only",

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -35,7 +36,8 @@ struct Job {
     std::vector<std::string> findings;
     std::vector<std::string> notes;
     std::vector<std::pair<std::string, std::string>> figures;
-    std::string notRun;  // the reason
+    std::string notRun;      // the reason
+    bool isRefused = false;  // the reason is the rule
     double seconds = 0;
 };
 
@@ -109,7 +111,8 @@ void runJob(const Options& options, const Helper& helper, const ElfFile& file, J
         if (record.size() < 2) continue;
         if (record[0] == "finding") job.findings.push_back(record[1]);
         if (record[0] == "note") job.notes.push_back(record[1]);
-        if (record[0] == "not run") job.notRun = record[1];
+        if (record[0] == "not run" || record[0] == "refused") job.notRun = record[1];
+        job.isRefused |= record[0] == "refused";
         if (record[0] == "figure" && record.size() > 2) {
             job.figures.emplace_back(record[1], record[2]);
         }
@@ -273,7 +276,10 @@ void recordVectors(const Options& options, const Helper& helper, const Report& r
 }
 
 int finish(const Options& options, const Report& report) {
-    const int status = findingsOf(report) > 0 ? kHasFindings : kSound;
+    // A rule that is refused is a finding of one test. Without that test, nothing was tested.
+    const bool isRefused = std::any_of(report.jobs.begin(), report.jobs.end(),
+                                       [](const Job& job) { return job.isRefused; });
+    const int status = findingsOf(report) > 0 ? kHasFindings : isRefused ? kNotRun : kSound;
     options.json ? printJson(options, report, status) : printReport(options, report);
     return status;
 }

@@ -161,7 +161,9 @@ void runForRule(const Settings& settings, const TestInfo* test) {
         const Context context = {settings, &loaded.module};
         test == nullptr ? sendResults(context) : functionOf (*test)(context);
     } catch (const mask::MaskError& error) {
-        notRun(std::string("the rule is refused: ") + error.what());
+        const bool isTested = test != nullptr && std::strcmp(test->name, "rule-opens") == 0;
+        isTested ? finding(error.what())
+                 : send({"refused", std::string("the rule is refused: ") + error.what()});
     }
 }
 
