@@ -101,7 +101,8 @@ void Engine::openRules(const KorvMaskSettings& settings) {
         const std::string file = settings.rulesFile != nullptr ? settings.rulesFile
                                  : isOne                       ? "rule"
                                                                : "rules";
-        rules_ = isOne ? parseOneRule(settings.rules, file) : parseRules(settings.rules, file);
+        rules_ = isOne ? parseOneRule(settings.rules, file, namesOf(settings).front())
+                       : parseRules(settings.rules, file);
     } else if (settings.rulesFile != nullptr) {
         rules_ = readRules(settings.rulesFile);
     }

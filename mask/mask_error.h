@@ -19,16 +19,36 @@ struct Fault {
     std::string message;
 };
 
+// A message without control characters and of limited length, whatever the rules hold.
+inline std::string oneLine(std::string message) {
+    constexpr size_t kMostBytes = 2000;
+    if (message.size() > kMostBytes) {
+        size_t end = kMostBytes;
+        while ((message[end] & 0xC0) == 0x80) --end;  // not amid a character
+        message.replace(end, std::string::npos, "...");
+    }
+    for (size_t i = 0; i < message.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(message[i]);
+        // U+0080 to U+009F have two bytes.
+        const bool isWide = byte == 0xC2 && i + 1 < message.size() &&
+                            static_cast<unsigned char>(message[i + 1]) < 0xA0;
+        if (isWide) message.replace(i, 2, "?");
+        if (byte < ' ' || byte == 0x7F) message[i] = '?';
+    }
+    return message;
+}
+
 class MaskError : public std::exception {
   public:
     explicit MaskError(std::vector<Fault> list) : faults(std::move(list)) {}
-    MaskError(int32_t status, std::string message) : faults({{status, 0, 0, std::move(message)}}) {}
+    MaskError(int32_t status, std::string message)
+        : faults({{status, 0, 0, oneLine(std::move(message))}}) {}
     // "file:line:position: message" about the rules.
     MaskError(int32_t status, const std::string& file, uint32_t line, uint32_t position,
               const std::string& message)
         : faults({{status, line, position,
-                   file + ":" + std::to_string(line) + ":" + std::to_string(position) + ": " +
-                       message}}) {}
+                   oneLine(file + ":" + std::to_string(line) + ":" + std::to_string(position) +
+                           ": " + message)}}) {}
 
     const char* what() const noexcept override { return faults.front().message.c_str(); }
 

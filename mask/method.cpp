@@ -14,6 +14,8 @@ namespace mask {
 
 namespace {
 
+constexpr size_t kLongestScope = 500;
+
 std::span<const PrvMethod> methodsOf(const ProviderModule& module) {
     if (!module.isVersion3()) return {};
     return {module.entry->methods, module.entry->methodCount};
@@ -59,6 +61,9 @@ class Chooser {
                  "method " + std::string(choice.method->name) + " needs secret=NAME");
         }
         if (scope && !scope->hasValue) fail(*scope, "operand SCOPE needs a value");
+        if (scope && scope->value.size() > kLongestScope) {
+            fail(*scope, "operand SCOPE has more than " + std::to_string(kLongestScope) + " bytes");
+        }
         if (scope) choice.scope = scope->value;
         choice.secret = nameIn(*secret);
         deriveKey(*secret, secrets.find(choice.secret), choice, keys);
@@ -136,7 +141,7 @@ class Chooser {
             fail(operand, "secrets need libcrypto, and this build is without it");
         }
         if (secret.empty()) {
-            fail(operand, "there is no secret " + choice.secret + "; --secrets FILE gives secrets");
+            fail(operand, "there is no secret " + choice.secret + " among those that are given");
         }
         uint8_t* const key = keys.allocate(secrets::kKeyBytes);
         secrets::deriveKey(secret, choice.scope, name(), choice.method->name, key);

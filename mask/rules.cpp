@@ -213,7 +213,7 @@ Rules parseRules(std::string_view text, const std::string& file) {
     return rules;
 }
 
-Rules parseOneRule(std::string_view text, const std::string& file) {
+Rules parseOneRule(std::string_view text, const std::string& file, const std::string& column) {
     Rules rules = emptyRules(text, file);
     RuleLine line(rules.file, 1, text);
     const size_t end = text.find_first_of("\r\n");
@@ -222,7 +222,7 @@ Rules parseOneRule(std::string_view text, const std::string& file) {
                   "a rule has one line");
     }
     Rule rule;
-    rule.column = "@1";
+    rule.column = column;
     rule.match = ColumnMatch::number;
     rule.number = 1;
     parseAction(line, rule);

@@ -64,6 +64,11 @@ TEST_F(MethodsTest, AMethodIsOneOfTheProviders) {
 TEST_F(MethodsTest, ADisguiseHasNoSecret) {
     EXPECT_EQ("rules:1:26: method plain has no secret; leave out SECRET\n",
               masked("KEYED, method=plain, secret=test"));
+    if (kHasSecrets) {
+        EXPECT_EQ("rules:1:25: operand SCOPE has more than 500 bytes\n",
+                  Mask("A = KEYED, secret=test, scope=" + std::string(501, 's')).text());
+        EXPECT_EQ("", Mask("A = KEYED, secret=test, scope=" + std::string(500, 's')).text());
+    }
     EXPECT_EQ("rules:1:26: method other has no secret; leave out SCOPE\n",
               masked("KEYED, method=other, scope=a"));
     // A provider without keyed methods has no use for a secret.
@@ -219,7 +224,7 @@ TEST_F(SecretsTest, AScopeIsAnyText) {
 
 TEST_F(SecretsTest, AnUnknownSecretIsNamed) {
     if (kHasSecrets) {
-        EXPECT_EQ("rules:1:12: there is no secret crm; --secrets FILE gives secrets\n",
+        EXPECT_EQ("rules:1:12: there is no secret crm among those that are given\n",
                   masked("KEYED, secret=crm"));
     } else {
         EXPECT_TRUE(contains(masked("KEYED, secret=test"), "libcrypto"));

@@ -27,7 +27,7 @@ TEST_F(SomeColumnsTest, OneRuleBelongsToTheColumn) {
     const Values values = {"4556737586899855", kNull, ""};
     EXPECT_EQ(whole.batch(values), mask.batch(values));
     EXPECT_STREQ("card", KorvMaskGetColumn(mask.handle, 0)->name);
-    EXPECT_STREQ("@1", KorvMaskGetColumn(mask.handle, 0)->rulePattern);
+    EXPECT_STREQ("card", KorvMaskGetColumn(mask.handle, 0)->rulePattern);
     EXPECT_EQ(nullptr, KorvMaskGetColumn(mask.handle, 1));
 }
 
@@ -52,6 +52,25 @@ TEST_F(SomeColumnsTest, OneRuleHasOneLine) {
               Mask("NONE", named).text().substr(0, 45));
     EXPECT_TRUE(contains(Mask("A = KEEP", oneRule()).text(), "rule:1:1: "));
     EXPECT_TRUE(contains(Mask(std::string(17 << 20, 'A'), oneRule()).text(), "larger than 16 MiB"));
+}
+
+TEST_F(SomeColumnsTest, MessagesAreOneShortLineWhateverTheRuleHolds) {
+    const std::string odd = "\x1B[31mX\x7F\u0085é";
+    const std::string message = Mask(odd, oneRule()).text();
+    EXPECT_TRUE(contains(message, "'?[31MX??É' is not the name of a provider")) << message;
+    const std::string longest = Mask(std::string(1 << 20, 'A') + "é", oneRule()).text();
+    EXPECT_EQ(2000u + 3 + 1, longest.size());
+    EXPECT_TRUE(longest.ends_with("AAA...\n"));
+    std::string wide;
+    for (int i = 0; i < 3000; ++i) wide += "é";
+    const std::string cut = Mask("x" + wide, oneRule()).text();
+    EXPECT_TRUE(contains(cut, "É...\n")) << cut;
+}
+
+TEST_F(SomeColumnsTest, AnUndecidedRuleNamesItsColumn) {
+    EXPECT_EQ(
+        "rule:1:1: decide what happens to column card: replace ? by a provider, KEEP or DROP\n",
+        Mask("?", oneRule("card")).text());
 }
 
 TEST_F(SomeColumnsTest, OneRuleNeedsItsTextAndOneColumn) {
