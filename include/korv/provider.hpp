@@ -112,8 +112,14 @@ struct Token {
 /** An error of the value or of the rule. The name of the column is added to its tokens. */
 class Error : public std::exception {
   public:
+    /** An error.
+     *
+     * @param errorCode    of the provider's table of errors
+     * @param errorTokens  in the order of the report */
     Error(std::uint32_t errorCode, std::initializer_list<Token> errorTokens)
         : code(errorCode), tokens(errorTokens) {}
+    /** A text without the value.
+     * @return the same text for all errors */
     const char* what() const noexcept override { return "provider error"; }
 
     std::uint32_t code;        /**< of the provider's table of errors */
@@ -124,50 +130,67 @@ class Error : public std::exception {
  * constructor of the provider only. */
 class Operands {
   public:
+    /** The operands of a call.
+     * @param call  the call of open */
     explicit Operands(const PrvCall& call) : call_(call) {}
 
-    /** Whether the rule has the method of this name. */
+    /** Whether the rule has a method.
+     * @param name  name of the method
+     * @return true if it does */
     bool isMethod(std::string_view name) const {
         return call_.method != nullptr && name == call_.method;
     }
-    /** The key of a keyed method: kKeyBytes bytes, valid as long as the provider's object. Throws
-     * Error when the rule has none. */
+    /** The key of a keyed method. Throws Error when the rule has none.
+     * @return kKeyBytes bytes, valid as long as the provider's object */
     const std::uint8_t* key() const {
         if (call_.key == nullptr || call_.keyLength != kKeyBytes) {
             throw Error(kMissingOperand, {{KORV_TOKID_PARMKEY, L"SECRET"}});
         }
         return call_.key;
     }
-    /** The operand of a code, or NULL when the rule does not have it. */
+    /** An operand.
+     * @param code  its code
+     * @return the operand, or NULL when the rule does not have it */
     const OprDefX* find(std::uint16_t code) const {
         const OprDefX* operand = call_.service->oprDefs;
         while (operand != nullptr && operand->oprCode != code) operand = operand->link;
         return operand;
     }
-    /** Whether the rule has the operand. */
+    /** Whether the rule has an operand.
+     * @param code  its code
+     * @return true if it does */
     bool has(std::uint16_t code) const { return find(code) != nullptr; }
-    /** The value of an operand of the kind OPR_VALUE_INTEGER. */
+    /** The value of an operand of the kind OPR_VALUE_INTEGER.
+     * @param code       its code
+     * @param otherwise  returned when the rule does not have it
+     * @return the number */
     std::int32_t number(std::uint16_t code, std::int32_t otherwise) const {
         const OprDefX* const operand = find(code);
         return operand == nullptr ? otherwise : static_cast<std::int32_t>(operand->intValue);
     }
-    /** The value of an operand of one of the kinds of text, empty when the rule does not have it.
-     */
+    /** The value of an operand of one of the kinds of text.
+     * @param code  its code
+     * @return the text, empty when the rule does not have the operand */
     std::wstring wide(std::uint16_t code) const {
         const OprDefX* const operand = find(code);
         return operand == nullptr || operand->wideValue == nullptr ? L"" : operand->wideValue;
     }
-    /** The UTF-8 value of an operand of the kind OPR_VALUE_NARROW, empty when the rule does not
-     * have it. File names arrive in this form. */
+    /** The value of an operand of the kind OPR_VALUE_NARROW, such as a file name.
+     * @param code  its code
+     * @return the UTF-8 text, empty when the rule does not have the operand */
     std::string narrow(std::uint16_t code) const {
         const OprDefX* const operand = find(code);
         return operand == nullptr || operand->narrowValue == nullptr ? "" : operand->narrowValue;
     }
-    /** Throws Error when the rule does not have the operand; `key` names it in the error. */
+    /** Throws Error when the rule does not have an operand.
+     * @param code  its code
+     * @param key   its key, which the error names */
     void require(std::uint16_t code, const wchar_t* key) const {
         if (!has(code)) throw Error(kMissingOperand, {{KORV_TOKID_PARMKEY, key}});
     }
-    /** Throws Error when the rule has the operand. */
+    /** Throws Error when the rule has an operand.
+     * @param code  its code
+     * @param key   its key, which the error names */
     void refuse(std::uint16_t code, const wchar_t* key) const {
         if (has(code)) throw Error(kUnfitOperand, {{KORV_TOKID_PARMKEY, key}});
     }
@@ -179,7 +202,8 @@ class Operands {
 /** The UTF-8 value of another column in the same row; empty when it is NULL. */
 using Related = std::string_view;
 
-/** A value in its target buffer, where it is masked: `length` characters and a terminator. */
+/** A value in its target buffer, where it is masked: `length` characters and a terminator.
+ * @tparam Char  char or wchar_t */
 template <typename Char>
 struct Text {
     Char* data;            /**< the first character */
@@ -187,11 +211,18 @@ struct Text {
     std::int32_t capacity; /**< the most characters that fit, without the terminator */
     const Char* source;    /**< the clear value, of `length` characters at first; do not write */
 
+    /** For loops and algorithms.
+     * @return the first character */
     Char* begin() { return data; }
+    /** For loops and algorithms.
+     * @return the place of the terminator */
     Char* end() { return data + length; }
+    /** The text as a view.
+     * @return the text, without the terminator */
     std::basic_string_view<Char> view() const { return {data, static_cast<std::size_t>(length)}; }
 
-    /** Throws Error when a text of `count` characters does not fit. */
+    /** Throws Error when a text does not fit.
+     * @param count  its characters, without the terminator */
     void requireRoom(std::size_t count) const {
         if (count > static_cast<std::size_t>(capacity)) {
             throw Error(kResultTooLong,
@@ -199,8 +230,9 @@ struct Text {
                          {KORV_TOKID_BUFFER_SIZE, capacity}});
         }
     }
-    /** Replaces the characters from `first` on by `tail`, which may be a part of this text. Throws
-     * Error when it does not fit. */
+    /** Replaces the end of the text. Throws Error when the result does not fit.
+     * @param first  the first character that is replaced
+     * @param tail   what replaces it and all that follow; may be a part of this text */
     void replaceFrom(std::int32_t first, std::basic_string_view<Char> tail) {
         requireRoom(static_cast<std::size_t>(first) + tail.size());
         std::char_traits<Char>::move(data + first, tail.data(), tail.size());
@@ -209,52 +241,74 @@ struct Text {
     }
 };
 
-/** A text of a batch. */
+/** A text of a batch.
+ * @tparam Char  char or wchar_t */
 template <typename Char>
 struct Item {
-    Text<Char> text;
+    Text<Char> text;     /**< the value, to be masked in place */
     Related related;     /**< the value of the other column */
     std::uint32_t place; /**< of the value in the batch */
     bool isLeft;         /**< set it to leave the value to mask, which then reports its error */
 };
 
-/** ASCII classes and letter case, the same in both widths. @{ */
+/** Whether a character of either width is a decimal digit.
+ * @param c  the character
+ * @return true for 0 to 9 */
 constexpr bool isDigit(std::int32_t c) {
     return c >= '0' && c <= '9';
 }
+/** Whether a character of either width is an ASCII letter.
+ * @param c  the character
+ * @return true for A to Z and a to z */
 constexpr bool isLetter(std::int32_t c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
+/** The capital letter of an ASCII letter.
+ * @param c  the character
+ * @return the capital letter; any other character as it is */
 constexpr std::int32_t upperAscii(std::int32_t c) {
     return c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c;
 }
+/** The small letter of an ASCII letter.
+ * @param c  the character
+ * @return the small letter; any other character as it is */
 constexpr std::int32_t lowerAscii(std::int32_t c) {
     return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c;
 }
-/** @} */
 
-/** Convert the letters of a value, in place. @{ */
+/** Makes the letters of a value small, in place.
+ * @param text  the value */
 inline void lower(Text<char>& text) {
     for (char& c : text) c = static_cast<char>(lowerAscii(c));
 }
+/** Makes the letters of a value small, in place, as KORV_StrToWLower does.
+ * @param text  the value */
 inline void lower(Text<wchar_t>& text) {
     KORV_StrToWLower(text.data);
 }
+/** Makes the letters of a value capital, in place.
+ * @param text  the value */
 inline void upper(Text<char>& text) {
     for (char& c : text) c = static_cast<char>(upperAscii(c));
 }
+/** Makes the letters of a value capital, in place, as KORV_StrToWUpper does.
+ * @param text  the value */
 inline void upper(Text<wchar_t>& text) {
     KORV_StrToWUpper(text.data);
 }
-/** @} */
 
-/** Whether the text of an operand is a given word, without regard to case. */
+/** Whether the text of an operand is a given word, without regard to case.
+ * @param text  the text
+ * @param word  the word
+ * @return true if it is; false for an empty text */
 inline bool isWord(const std::wstring& text, const wchar_t* word) {
     return !text.empty() && StringWCaseCompare(text.c_str(), word) == 0;
 }
 
 /** Captures an error with its tokens in the chain of the request.
  *
+ * @param call   the call that has failed
+ * @param error  the error
  * @return the code of the error, or KORV_FAILURE when it could not be captured */
 inline std::int32_t capture(const PrvCall& call, const Error& error) noexcept {
     const auto slots = static_cast<std::int16_t>(error.tokens.size() + 1);
