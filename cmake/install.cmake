@@ -39,11 +39,13 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/korv DESTINATION ${CMAKE_INSTALL
 
 # find_package(korv-support)
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/korv-support-config.cmake.in
-  korv-support-config.cmake INSTALL_DESTINATION ${packages} PATH_VARS CMAKE_INSTALL_LIBDIR)
+  korv-support-config.cmake INSTALL_DESTINATION ${packages}
+  PATH_VARS CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(korv-support-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config-version.cmake
               ${CMAKE_CURRENT_LIST_DIR}/korv_add_provider.cmake
+              ${CMAKE_CURRENT_LIST_DIR}/korv_add_provider_check.cmake
         DESTINATION ${packages} COMPONENT development)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md

@@ -2,7 +2,7 @@
 import pathlib
 import shutil
 
-from installation import BUILD, ENGINE, LINKED, SOURCE, VERSION, InstallationTest, cached, main
+from installation import BITS, BUILD, ENGINE, LINKED, SOURCE, VERSION, InstallationTest, cached, main
 
 TARGETS = ("targets", "targets-" + (cached("CMAKE_BUILD_TYPE") or "release").lower())
 LIBRARIES = ("korv-support", "korv-datacnv")
@@ -14,7 +14,8 @@ def packages(*libraries):
         f"cmake/korv-support/{library}-{name}.cmake"
         for library in libraries for name in TARGETS} | {
         f"cmake/korv-support/{name}.cmake"
-        for name in ("korv-support-config", "korv-support-config-version", "korv_add_provider")}
+        for name in ("korv-support-config", "korv-support-config-version", "korv_add_provider",
+                     "korv_add_provider_check")}
 
 
 HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
@@ -55,7 +56,9 @@ class ComponentsTest(InstallationTest):
         self.assertEqual({"lib/libKORVSupport.so.21"}, self.installed("runtime"))
         self.assertEqual({"lib/libKORVDataCnvLib.so"}, self.installed("datacnv"))
         self.assertEqual({"lib/libkorvmask.so.1"}, self.installed("engine"))
-        self.assertEqual({"bin/korv-mask", "share/man/man1/korv-mask.1",
+        self.assertEqual({"bin/korv-mask", "share/man/man1/korv-mask.1", "bin/korv-provider",
+                          "share/man/man1/korv-provider.1",
+                          f"lib/korv/korv-provider-run{BITS}",
                           "share/doc/korv-support/korv-mask.md"}
                          | below("lib/korv-providers", PROVIDERS)
                          | below("share/doc/korv-support/examples/data", DATA),

@@ -1,0 +1,32 @@
+# korv_add_provider_check(target [LEVEL n] [RULES rule...] [VALUES file] [FILES folder] [REPLAY file]): a test
+# korv-provider.<target> for CTest that certifies the provider module that the target builds. LEVEL is 1
+# to 10, by default 3; the others are the options --rule, --values, --files and --replay of korv-provider.
+function(korv_add_provider_check target)
+  cmake_parse_arguments(PARSE_ARGV 1 check "" "LEVEL;VALUES;FILES;REPLAY" "RULES")
+  if(check_UNPARSED_ARGUMENTS)
+    message(FATAL_ERROR "korv_add_provider_check: unknown arguments ${check_UNPARSED_ARGUMENTS}")
+  endif()
+  find_program(KORV_PROVIDER_PROGRAM korv-provider HINTS ${KORV_PROGRAM_FOLDER})
+  if(NOT KORV_PROVIDER_PROGRAM)
+    message(FATAL_ERROR "korv_add_provider_check needs korv-provider: install the component mask")
+  endif()
+  set(options "")
+  if(check_LEVEL)
+    list(APPEND options --level ${check_LEVEL})
+  endif()
+  foreach(name IN ITEMS VALUES FILES REPLAY)
+    if(check_${name})
+      string(TOLOWER ${name} option)
+      get_filename_component(path ${check_${name}} ABSOLUTE)
+      list(APPEND options --${option} ${path})
+    endif()
+  endforeach()
+  foreach(rule IN LISTS check_RULES)
+    # A semicolon in a rule is no separator of arguments.
+    string(REPLACE ";" "\\;" rule "${rule}")
+    list(APPEND options --rule "${rule}")
+  endforeach()
+  add_test(NAME korv-provider.${target}
+           COMMAND ${KORV_PROVIDER_PROGRAM} check $<TARGET_FILE:${target}> ${options})
+  set_tests_properties(korv-provider.${target} PROPERTIES TIMEOUT 900)
+endfunction()
