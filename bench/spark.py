@@ -1,6 +1,6 @@
 """What masking costs on one core, alone and in Spark: CPU seconds for a million values, and memory.
 
-Usage: bench/spark.py [ROWS]. Java must be installed; the rest is installed below build/bench/spark when it is missing."""
+Usage: bench/spark.py [ROWS]. Java must be installed. What else is missing is installed below build/bench/spark."""
 import os
 import pathlib
 import resource
@@ -61,8 +61,8 @@ def install():
     """Runs this program again in an environment that has what it needs."""
     folder = ROOT / "build/bench/spark"
     venv.create(folder, with_pip=True)
-    subprocess.run([folder / "bin/pip", "install", "--quiet", f"{ROOT}[files,spark]", "-r", ROOT / "tests/spark/requirements.txt"],
-                   check=True)
+    packages = [f"{ROOT}[files,spark]", "-r", ROOT / "tests/spark/requirements.txt"]
+    subprocess.run([folder / "bin/pip", "install", "--quiet", *packages], check=True)
     os.execv(folder / "bin/python", [str(folder / "bin/python"), *sys.argv])
 
 

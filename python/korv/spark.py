@@ -18,11 +18,12 @@ from ._records import MaskError, Status
 
 _TOKENS = pa.list_(pa.struct([("name", pa.string()), ("text", pa.string())]))
 _RECORD = {"column": pa.string(), "code": pa.int32(), "message": pa.string(), "tokens": _TOKENS, "is_first": pa.bool_()}
+_SPARK_TOKEN = StructType([StructField("name", StringType()), StructField("text", StringType())])
 _SPARK_RECORD = [
     StructField("column", StringType()),
     StructField("code", IntegerType()),
     StructField("message", StringType()),
-    StructField("tokens", ArrayType(StructType([StructField("name", StringType()), StructField("text", StringType())]))),
+    StructField("tokens", ArrayType(_SPARK_TOKEN)),
     StructField("is_first", BooleanType()),
 ]
 

@@ -16,8 +16,8 @@ def differences(folder, reference):
     """Rows that only one of the tables has. As ID is in each row, the other columns are compared row by row."""
     ours, theirs = f"(from read_parquet('{folder}/*.parquet'))", f"(from '{reference}')"
     return duckdb.sql(
-        f"select (select count(*) from ({ours} except all {theirs})), (select count(*) from ({theirs} except all {ours})), "
-        f"(select count(*) from {ours})"
+        f"select (select count(*) from ({ours} except all {theirs})), "
+        f"(select count(*) from ({theirs} except all {ours})), (select count(*) from {ours})"
     ).fetchall()[0]
 
 

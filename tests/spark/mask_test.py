@@ -1,4 +1,4 @@
-"""korv.spark.mask and korv.spark.errors: types, columns and rows that are left out, failing values, files that change."""
+"""korv.spark.mask and korv.spark.errors: types, rows that are left out, failing values, files that change."""
 import pytest
 from customers import write_secrets
 
