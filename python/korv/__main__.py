@@ -21,14 +21,17 @@ _PR_SET_DUMPABLE = 4
 _ENDING = (signal.SIGHUP, signal.SIGTERM, signal.SIGINT)
 
 
+# What is raised by a handler may be caught where a library calls Python.
+_signals: list[int] = []
+
+
 class _Ended(BaseException):
-    def __init__(self, number: int) -> None:
-        super().__init__(number)
-        self.number = number
+    pass
 
 
 def _end(number: int, _: FrameType | None) -> NoReturn:
-    raise _Ended(number)
+    _signals.append(number)
+    raise _Ended
 
 
 def _number(text: str) -> int:
@@ -111,15 +114,19 @@ def main(arguments: list[str]) -> int:
             )
         )
     except Exception as error:
-        print(f"korv convert: {_message(error)}", file=sys.stderr)
+        if not _signals:
+            print(f"korv convert: {_message(error)}", file=sys.stderr)
     return NOT_RUN
 
 
 if __name__ == "__main__":
     _prepare_process()
+    status = NOT_RUN
     try:
-        sys.exit(main(sys.argv[1:]))
-    except _Ended as ended:
+        status = main(sys.argv[1:])
+    except _Ended:
         remove_temporaries()
-        signal.signal(ended.number, signal.SIG_DFL)
-        os.kill(os.getpid(), ended.number)
+    for number in _signals[:1]:
+        signal.signal(number, signal.SIG_DFL)
+        os.kill(os.getpid(), number)
+    sys.exit(status)

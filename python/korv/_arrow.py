@@ -57,7 +57,7 @@ def to_text(array: pa.Array) -> pa.Array:
         return array
     if pa.types.is_string_view(type):
         # Views may stand for more than 2 GiB.
-        return array.cast(pa.string() if array.nbytes < 2**30 else pa.large_string())
+        return array.cast(pa.string() if array.get_total_buffer_size() < 2**30 else pa.large_string())
     if pa.types.is_timestamp(type) and type.tz is not None:
         array = array.cast(pa.timestamp(type.unit, "UTC"))
     return array.cast(pa.string())

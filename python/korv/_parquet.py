@@ -41,7 +41,11 @@ class ParquetSource:
         source = "read_parquet(?, hive_partitioning = false)"
         count = self._connection.execute(f"SELECT count(*) FROM {source}", [name]).fetchall()
         self.rows: int = count[0][0]
-        self._reader = self._connection.sql(f"SELECT * FROM {source}", params=[name]).to_arrow_reader(_ROWS)
+        # In DuckDB 1 the reader's memory is the relation's.
+        self._relation = relation = self._connection.sql(f"SELECT * FROM {source}", params=[name])
+        # DuckDB 2 has another name for it.
+        read = relation.to_arrow_reader if hasattr(relation, "to_arrow_reader") else relation.fetch_arrow_reader
+        self._reader = read(_ROWS)
         self.schema: pa.Schema = self._reader.schema
 
     def __iter__(self) -> Iterator[pa.RecordBatch]:
