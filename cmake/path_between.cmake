@@ -9,3 +9,15 @@ function(korv_path_between variable from to start)
   endif()
   set(${variable} "${path}" PARENT_SCOPE)
 endfunction()
+
+# korv_search_path(target build installed): where an installed target looks for the libraries, in the build folder
+# and when it is installed. CMake would write both into the build folder's one and end it with a colon, which
+# stands for the current folder: whoever writes there could replace a library.
+function(korv_search_path target build installed)
+  set(path "${build}" "${installed}")
+  list(REMOVE_DUPLICATES path)
+  set_target_properties(${target} PROPERTIES INSTALL_RPATH "${path}")
+  if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_SKIP_INSTALL_RPATH)
+    set_target_properties(${target} PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+  endif()
+endfunction()

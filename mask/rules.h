@@ -61,7 +61,8 @@ Rules parseRules(std::string_view text, const std::string& file);
 
 // Parses one rule without its column, `CCN, secret=crm`. It becomes the rule of the only column,
 // which has this name.
-Rules parseOneRule(std::string_view text, const std::string& file, const std::string& column);
+Rules parseOneRule(std::string_view text, const std::string& file,
+                   const std::string& column = "@1");
 
 // Reads a rules file, or throws MaskError.
 Rules readRules(const std::string& file);

@@ -50,6 +50,20 @@ class ProgramTest(InstallationTest):
         self.assertEqual({f"libkorvprv_{name}.so" for name in names.split()},
                          self.files(self.prefix / "lib/korv-providers"))
 
+    def test_no_search_path_has_the_current_folder(self):
+        """An empty entry is the current folder: whoever writes there could replace a library."""
+        checked = 0
+        for root in (BUILD, self.prefix):
+            for file in [*(root / "bin").glob("korv-*"), *root.glob("lib/korv-providers/*.so"),
+                         *root.glob("lib/korv/*"), *root.glob("lib/libKORVSupport.so.*[0-9]"),
+                         *root.glob("lib/libkorvmask.so.*[0-9]")]:
+                shown = self.run_command("readelf", "-d", file)
+                for path in re.findall(r"\(R(?:UN)?PATH\).*\[(.*)\]", shown):
+                    checked += 1
+                    self.assertTrue(all(entry.startswith(("/", "$ORIGIN")) for entry in path.split(":")),
+                                    f"{file}: {path}")
+        self.assertGreater(checked, 18)
+
     def test_its_manual_names_every_option(self):
         shown = self.run_command(self.prefix / "bin/korv-mask", "--help")
         options = set(re.findall(r"--[a-z][a-z-]+", shown))

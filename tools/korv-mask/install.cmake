@@ -1,6 +1,6 @@
 # Where korv-mask, its manual and the demo's records are installed: the component mask.
 korv_path_between(libraries ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_LIBDIR} "$ORIGIN/")
-set_target_properties(korv-mask-program PROPERTIES INSTALL_RPATH "${libraries}")
+korv_search_path(korv-mask-program "$ORIGIN/../lib" "${libraries}")
 install(TARGETS korv-mask-program DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT mask)
 install(FILES korv-mask.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT mask)
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME korv-mask.md COMPONENT mask)
