@@ -74,7 +74,7 @@ def main():
         from pyspark.sql import SparkSession
     except ImportError:
         install()
-    rows = int(sys.argv[1]) if len(sys.argv) > 1 else 2_000_000
+    rows = int(sys.argv[1]) if len(sys.argv) > 1 else 1_000_000
     millions = rows * len(MASKED) / 1e6
     os.environ["PYSPARK_PYTHON"] = sys.executable
     warnings.simplefilter("ignore")
