@@ -9,7 +9,9 @@ function(korv_add_provider name)
     PREFIX lib
     C_VISIBILITY_PRESET hidden
     CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON)
+    VISIBILITY_INLINES_HIDDEN ON
+    # The program that loads it has loaded the support library.
+    SKIP_BUILD_RPATH ON)
   # Visibility does not hide what the module takes from the C++ library's templates.
   set(map ${CMAKE_CURRENT_BINARY_DIR}/${target}.map)
   file(CONFIGURE OUTPUT ${map} CONTENT "{ global: KorvProviderEntry; local: *; };\n" @ONLY)

@@ -78,6 +78,12 @@ static int32_t maskValue(void* state, const PrvCall* call) {
     int32_t characters;
     int32_t pairs;
 
+    /* The engine hands no NULL over; other programs may. */
+    if (value->nullIndicator == 1 || value->data == NULL) {
+        call->result->nullIndicator = 1;
+        return 0;
+    }
+
     /* The length of the value in characters and in bytes, and its copy in the target. */
     KORVGetSourceDataLen(value, call->context->fieldRefs.fieldDef, &characters);
     if (GetSrcBufLen(value, type) != KORV_SUCCESS) return fail(call, ERROR_NOT_TEXT, -1);
