@@ -60,7 +60,9 @@ def column_calls(values):
         arguments = handle._handle, 0, 0, ctypes.byref(strings), None, ctypes.byref(result)
         batch = _engine.library.KorvMaskBatch
         native, python = least(ROUNDS, lambda: batch(*arguments), lambda: masker.mask_column(name, array))
-        print(f"  {rule.partition(',')[0]:5} C {native * 1e3:8.2f} ms   Python {python * 1e3:8.2f} ms   ratio {python / native:.2f}")
+        print(
+            f"  {rule.partition(',')[0]:5} C {native * 1e3:8.2f} ms   Python {python * 1e3:8.2f} ms   ratio {python / native:.2f}"
+        )
 
 
 def run(folder, source, target, rules):
@@ -79,7 +81,9 @@ def files(rows):
         (folder / "secrets.txt").touch(mode=0o600)
         (folder / "secrets.txt").write_text(f"bench = {SECRET.hex()}\n")
         rest = "id = KEEP\nscore = KEEP\n"
-        (folder / "mask.txt").write_text("".join(f"{column} = {rule}\n" for column, rule in RULES.items()) + rest)
+        (folder / "mask.txt").write_text(
+            "".join(f"{column} = {rule}\n" for column, rule in RULES.items()) + rest
+        )
         (folder / "keep.txt").write_text("".join(f"{column} = KEEP\n" for column in RULES) + rest)
         duckdb.sql(f"copy ({CLEAR.format(rows=rows)}) to '{folder}/in.parquet'")
         few = rows // 10
@@ -92,8 +96,10 @@ def files(rows):
             print(f"{source}, {count} rows, {values} values, least CPU of {rounds}, start of Python included")
             for what, (cpu, wall) in (("masked", masked), ("kept", kept)):
                 print(f"  {what}: {cpu:.2f} CPU seconds, {wall:.2f} s")
-            print(f"  {values / masked[0] / 1e6:.2f} million masked values for each CPU second, in all; "
-                  f"{values / max(masked[0] - kept[0], 1e-9) / 1e6:.2f} million beyond keeping them")
+            print(
+                f"  {values / masked[0] / 1e6:.2f} million masked values for each CPU second, in all; "
+                f"{values / max(masked[0] - kept[0], 1e-9) / 1e6:.2f} million beyond keeping them"
+            )
 
 
 def main():
@@ -101,8 +107,10 @@ def main():
     parser.add_argument("--rows", type=int, default=1_000_000)
     parser.add_argument("--values", type=int, default=100_000)
     options = parser.parse_args()
-    print(f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f}, pyarrow {pyarrow.__version__}, "
-          f"duckdb {duckdb.__version__}")
+    print(
+        f"{os.cpu_count()} cores, load {os.getloadavg()[0]:.1f}, pyarrow {pyarrow.__version__}, "
+        f"duckdb {duckdb.__version__}"
+    )
     column_calls(options.values)
     files(options.rows)
 

@@ -11,10 +11,8 @@ import sys
 from types import FrameType
 from typing import NoReturn
 
-import pyarrow as pa
-
 from ._output import RunError, remove_temporaries
-from ._records import MaskError, Status
+from ._records import MaskError
 from .convert import NOT_RUN, Options, convert
 
 _PR_SET_DUMPABLE = 4
@@ -55,14 +53,22 @@ def _parser() -> argparse.ArgumentParser:
     add("input", metavar="IN")
     add("output", metavar="OUT", help="appears when it is complete; may be the name of the input")
     add("--rules", metavar="FILE", required=True, help="rules, one line for each column")
-    add("--secrets", metavar="FILE", help="secrets that rules name; only the user may have access to the file")
+    add(
+        "--secrets", metavar="FILE", help="secrets that rules name; only the user may have access to the file"
+    )
     add("--report", metavar="FILE", help="write the errors here, not to standard error")
     add("--summary", metavar="FILE", help="write the counts of the run as JSON")
     add("--max-errors", metavar="N", type=_number, help="end without output when more values than this fail")
     add("--keep-unlisted", action="store_true", help="keep columns that have no rule")
     add("--strict", action="store_true", help="refuse methods without a secret")
     add("--unmask", action="store_true", help="reverse the masking, with its rules and secrets")
-    add("--providers", metavar="FOLDER", action="append", default=[], help="folder of provider modules; may be repeated")
+    add(
+        "--providers",
+        metavar="FOLDER",
+        action="append",
+        default=[],
+        help="folder of provider modules; may be repeated",
+    )
     add("--jobs", metavar="N", type=_number, default=0, help="worker threads (default: the number of cores)")
     return parser
 

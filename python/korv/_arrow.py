@@ -127,7 +127,9 @@ def json_numbers(texts: pa.Array, numbers: pa.BooleanArray) -> tuple[pa.Array, l
 def without_failed(texts: pa.Array, states: bytes, failed: bytes) -> pa.Array:
     """The texts with NULL for those that are empty and whose state is one of `failed`."""
     has_failed = pa.array([state in failed for state in states])
-    return pc.if_else(pc.and_(has_failed, pc.equal(pc.binary_length(texts), 0)), pa.scalar(None, texts.type), texts)
+    return pc.if_else(
+        pc.and_(has_failed, pc.equal(pc.binary_length(texts), 0)), pa.scalar(None, texts.type), texts
+    )
 
 
 def text_array(values: list[str | None] | tuple[str | None, ...], name: str) -> pa.Array | pa.ChunkedArray:
@@ -140,7 +142,9 @@ def text_array(values: list[str | None] | tuple[str | None, ...], name: str) -> 
     if array is not None and pa.types.is_null(array.type):
         return array.cast(pa.string())
     if array is None or not pa.types.is_string(array.type):
-        raise TypeError(f"column {name}: a list must hold texts and None only; make an Arrow array of other values")
+        raise TypeError(
+            f"column {name}: a list must hold texts and None only; make an Arrow array of other values"
+        )
     return array
 
 

@@ -7,7 +7,18 @@ import os
 import threading
 from collections.abc import Iterator, Sequence
 from contextlib import contextmanager
-from ctypes import POINTER, Structure, c_char_p, c_int32, c_int64, c_size_t, c_uint8, c_uint32, c_uint64, c_void_p
+from ctypes import (
+    POINTER,
+    Structure,
+    c_char_p,
+    c_int32,
+    c_int64,
+    c_size_t,
+    c_uint8,
+    c_uint32,
+    c_uint64,
+    c_void_p,
+)
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -158,7 +169,9 @@ def _load() -> ctypes.CDLL:
         function.restype = result
         function.argtypes = arguments
     if library.KorvMaskVersion() < INTERFACE_VERSION:
-        raise ImportError("the library libkorvmask of this package is too old for it; install the package again")
+        raise ImportError(
+            "the library libkorvmask of this package is too old for it; install the package again"
+        )
     return library
 
 
@@ -215,7 +228,9 @@ def _texts(values: Sequence[str]) -> ctypes.Array[c_char_p]:
 
 
 # Without the name: it could be a secret.
-_BAD_SECRET = "a secret has 16 to 64 bytes; its name has lower-case letters, digits and underscores, a letter first"
+_BAD_SECRET = (
+    "a secret has 16 to 64 bytes; its name has lower-case letters, digits and underscores, a letter first"
+)
 
 
 class Secrets:
@@ -319,7 +334,9 @@ class Handle:
         self._handle = c_void_p()
         if "\0" in settings.rules:
             raise ValueError("the rules hold a zero character")
-        names, folders, files = (_texts(texts) for texts in (columns, settings.folders, settings.file_folders))
+        names, folders, files = (
+            _texts(texts) for texts in (columns, settings.folders, settings.file_folders)
+        )
         record = KorvMaskSettings(
             size=ctypes.sizeof(KorvMaskSettings),
             flags=settings.flags | flags,
@@ -349,7 +366,8 @@ class Handle:
             raise error_of(Status(status), records)
         self._names = columns
         self.plan = [
-            _plan_of(library.KorvMaskGetColumn(self._handle, i).contents, len(columns)) for i in range(len(columns))
+            _plan_of(library.KorvMaskGetColumn(self._handle, i).contents, len(columns))
+            for i in range(len(columns))
         ]
 
     def close(self) -> None:

@@ -137,7 +137,9 @@ def stream_of(table: Any) -> tuple[pa.RecordBatchReader, Callable[[pa.RecordBatc
         return pa.RecordBatchReader.from_stream(table), lambda reader: reader.read_all()
     if hasattr(table, "__arrow_c_array__"):
         return stream_of(pa.record_batch(table))
-    raise TypeError(f"{type(table).__name__} is neither a DataFrame nor a table with Arrow's PyCapsule interface")
+    raise TypeError(
+        f"{type(table).__name__} is neither a DataFrame nor a table with Arrow's PyCapsule interface"
+    )
 
 
 def is_pandas_frame(table: object) -> bool:

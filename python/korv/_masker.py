@@ -280,12 +280,16 @@ class TableMasking:
 
 def _check_related(plan: ColumnPlan, type: pa.DataType) -> None:
     if not _arrow.is_maskable(type):
-        raise TypeError(f"column {plan.name}: its rule reads column {plan.related}, whose type {type} is not supported")
+        raise TypeError(
+            f"column {plan.name}: its rule reads column {plan.related}, whose type {type} is not supported"
+        )
 
 
 def _related(plan: ColumnPlan, values: Any, count: int) -> pa.ChunkedArray:
     if values is None:
-        raise ValueError(f"column {plan.name}: the rule also reads column {plan.related}; give its values as `related`")
+        raise ValueError(
+            f"column {plan.name}: the rule also reads column {plan.related}; give its values as `related`"
+        )
     column, _ = _kinds.column_of(values, plan.related or "")
     if len(column) != count:
         raise ValueError(f"column {plan.name}: there are {count} values, and {len(column)} related ones")

@@ -124,7 +124,9 @@ def _mask_part(
         if handle.plan[i].is_dropped:
             continue
         other = _arrow.to_text(related[i]) if i in related else None
-        kept.append(_mask_column(handle, i, column, other, first_row, records, counts[i], dropped, numbers.get(i)))
+        kept.append(
+            _mask_column(handle, i, column, other, first_row, records, counts[i], dropped, numbers.get(i))
+        )
     if records:
         order = {plan.name: i for i, plan in reversed(list(enumerate(handle.plan)))}
         records.sort(key=lambda record: (record.row or 0, order.get(record.column or "", 0)))
@@ -167,13 +169,17 @@ def _mask_column(
         dropped.update(i for i, state in enumerate(batch.states) if state == STATE_DROP_ROW)
         if not is_text:
             texts = _arrow.without_failed(texts, batch.states, bytes([STATE_FAILED, STATE_DROP_ROW]))
-    values, misfits = _arrow.from_text(texts, type) if numbers is None else _arrow.json_numbers(texts, numbers)
+    values, misfits = (
+        _arrow.from_text(texts, type) if numbers is None else _arrow.json_numbers(texts, numbers)
+    )
     if not is_text:
         counts.formulas = 0
     for i in misfits:
         if batch.states is not None and batch.states[i] in (STATE_FAILED, STATE_DROP_ROW):
             continue  # what replaces a failed value, which has its record
-        found.append(_misfit(plan, "number of JSON" if numbers is not None else f"type {type}", first_row + i))
+        found.append(
+            _misfit(plan, "number of JSON" if numbers is not None else f"type {type}", first_row + i)
+        )
         counts.masked -= 1
         counts.failed[CODE_DOES_NOT_FIT] = counts.failed.get(CODE_DOES_NOT_FIT, 0) + 1
         if plan.on_error == "drop-row":

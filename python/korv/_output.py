@@ -46,7 +46,9 @@ class OutputFile:
     def __enter__(self) -> OutputFile:
         return self
 
-    def __exit__(self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None) -> None:
+    def __exit__(
+        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
+    ) -> None:
         if self.temporary in _temporaries:
             os.unlink(self.temporary)
             _temporaries.discard(self.temporary)

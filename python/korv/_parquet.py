@@ -44,7 +44,9 @@ class ParquetSource:
         # In DuckDB 1 the reader's memory is the relation's.
         self._relation = relation = self._connection.sql(f"SELECT * FROM {source}", params=[name])
         # DuckDB 2 has another name for it.
-        read = relation.to_arrow_reader if hasattr(relation, "to_arrow_reader") else relation.fetch_arrow_reader
+        read = (
+            relation.to_arrow_reader if hasattr(relation, "to_arrow_reader") else relation.fetch_arrow_reader
+        )
         self._reader = read(_ROWS)
         self.schema: pa.Schema = self._reader.schema
 
@@ -70,7 +72,9 @@ def write_parquet(path: str, schema: pa.Schema, batches: Iterator[pa.RecordBatch
     try:
         connection.register("masked", pa.RecordBatchReader.from_batches(schema, watched()))
         target = path.replace("'", "''")
-        connection.execute(f"COPY masked TO '{target}' (FORMAT parquet, USE_TMP_FILE false, DICTIONARY_SIZE_LIMIT 10000)")
+        connection.execute(
+            f"COPY masked TO '{target}' (FORMAT parquet, USE_TMP_FILE false, DICTIONARY_SIZE_LIMIT 10000)"
+        )
     except BaseException:
         if fault:
             raise fault[0] from None

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import json
-import os
 import sys
 from collections import deque
 from collections.abc import Callable, Iterable, Iterator
@@ -108,7 +107,9 @@ class _Run:
             self.print(f"{self._lines - _MOST_LINES} more errors are left out")
         if self.failed > 0:
             values = sum(counts.values for counts in self.counts)
-            self.print(f"{self._options.input}: {self.failed} of {values} values in {self.rows_in} rows failed")
+            self.print(
+                f"{self._options.input}: {self.failed} of {values} values in {self.rows_in} rows failed"
+            )
         if self._options.report is not None:
             write_file(self._options.report, "".join(self._report))
         if self._options.summary is not None:
@@ -116,7 +117,9 @@ class _Run:
 
     def _summary(self, status: int) -> str:
         columns = []
-        for number, (plan, counts) in enumerate(zip(self.plan, [*self.counts, *map(_no_counts, self.plan)]), 1):
+        for number, (plan, counts) in enumerate(
+            zip(self.plan, [*self.counts, *map(_no_counts, self.plan)]), 1
+        ):
             column: dict[str, Any] = {
                 "number": number,
                 "name": plan.name,
@@ -136,7 +139,13 @@ class _Run:
             if counts.formulas > 0:
                 column["formulas"] = counts.formulas
             columns.append(column)
-        run = {"format": 1, "status": status, "rows_in": self.rows_in, "rows_out": self.rows_out, "columns": columns}
+        run = {
+            "format": 1,
+            "status": status,
+            "rows_in": self.rows_in,
+            "rows_out": self.rows_out,
+            "columns": columns,
+        }
         return json.dumps(run, ensure_ascii=False, separators=(",", ":")) + "\n"
 
 
@@ -281,7 +290,9 @@ def _check_files(options: Options, plan: list[ColumnPlan]) -> None:
     """Refuses a run that would overwrite a file that is read, or write a file twice."""
     read = [options.rules, *([options.secrets] if options.secrets else ())]
     read += [file for column in plan for file in column.files]
-    check_roles(options.input, options.output, read, [path for path in (options.report, options.summary) if path])
+    check_roles(
+        options.input, options.output, read, [path for path in (options.report, options.summary) if path]
+    )
 
 
 def convert(options: Options) -> int:

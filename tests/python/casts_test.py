@@ -23,7 +23,9 @@ def test_integers(type):
     values = [None, 7, 123456, 2147483647]
     masked = mask(pa.array(values, type), "NID, secret=test, integer=int4")
     assert masked.type == type
-    texts = mask([None if value is None else str(value) for value in values], "NID, secret=test, integer=int4")
+    texts = mask(
+        [None if value is None else str(value) for value in values], "NID, secret=test, integer=int4"
+    )
     assert masked.to_pylist() == [None if text is None else int(text) for text in texts]
     assert mask(masked, "NID, secret=test, integer=int4", unmask=True).to_pylist() == values
 
@@ -52,14 +54,18 @@ def test_a_zero_in_front_does_not_fit():
     assert len(errors) == masked.count(None) > 0
 
 
-@pytest.mark.parametrize("text", ["0x1f", "+5", "1e3", "-0", "007", "1.0", "９", "5 6", "99999999999999999999"])
+@pytest.mark.parametrize(
+    "text", ["0x1f", "+5", "1e3", "-0", "007", "1.0", "９", "5 6", "99999999999999999999"]
+)
 def test_texts_that_are_no_integers(text):
     errors = []
     assert mask(pa.array([5]), f'CONST, "value={text}"', errors=errors).to_pylist() == [None]
     assert [error.code for error in errors] == [korv.CODE_DOES_NOT_FIT]
 
 
-@pytest.mark.parametrize("type", [pa.decimal32(7, 2), pa.decimal64(12, 2), pa.decimal128(30, 2), pa.decimal256(60, 2)], ids=str)
+@pytest.mark.parametrize(
+    "type", [pa.decimal32(7, 2), pa.decimal64(12, 2), pa.decimal128(30, 2), pa.decimal256(60, 2)], ids=str
+)
 def test_decimals(type):
     values = [Decimal("123.45"), None, Decimal("-9876.50"), Decimal("0.07")]
     errors = []
@@ -109,8 +115,11 @@ def test_dates_that_do_not_fit():
 def test_time_stamps(unit, zone):
     type = pa.timestamp(unit, zone)
     value = datetime.datetime(2024, 2, 29, 23, 59, 58)
-    array = pa.array([value, None], pa.timestamp(unit)).cast(type) if zone is None else pa.array(
-        [value.replace(tzinfo=datetime.timezone.utc), None], type)
+    array = (
+        pa.array([value, None], pa.timestamp(unit)).cast(type)
+        if zone is None
+        else pa.array([value.replace(tzinfo=datetime.timezone.utc), None], type)
+    )
     masked = mask(array, AGE)
     assert masked.type == type
     # The day is that of UTC, and the time of day stays.
@@ -119,7 +128,10 @@ def test_time_stamps(unit, zone):
     assert moved.cast(pa.string()).to_pylist()[0][:19] == f"{day} 23:59:58"
     assert masked.to_pylist()[1] is None
     constant = mask(array, 'CONST, "value=2001-02-03T04:05:06"')
-    assert constant.cast(pa.timestamp(unit, "UTC") if zone else type).cast(pa.string())[0].as_py()[:19] == "2001-02-03 04:05:06"
+    assert (
+        constant.cast(pa.timestamp(unit, "UTC") if zone else type).cast(pa.string())[0].as_py()[:19]
+        == "2001-02-03 04:05:06"
+    )
 
 
 def test_time_stamps_beyond_nanoseconds():
@@ -127,7 +139,9 @@ def test_time_stamps_beyond_nanoseconds():
     array = pa.array([datetime.datetime(2024, 2, 29)], pa.timestamp("ns"))
     assert mask(array, "CONST, value=9999-12-31", errors=errors).to_pylist() == [None]
     assert errors[0].code == korv.CODE_DOES_NOT_FIT
-    assert mask(array.cast(pa.timestamp("us")), "CONST, value=9999-12-31").to_pylist() == [datetime.datetime(9999, 12, 31)]
+    assert mask(array.cast(pa.timestamp("us")), "CONST, value=9999-12-31").to_pylist() == [
+        datetime.datetime(9999, 12, 31)
+    ]
 
 
 def test_dictionaries_of_numbers():
@@ -139,8 +153,15 @@ def test_dictionaries_of_numbers():
 
 @pytest.mark.parametrize(
     "values",
-    [pa.array([1.5]), pa.array([True]), pa.array([b"a"]), pa.array([[1]]), pa.array([{"a": 1}]),
-     pa.array([datetime.time(1)]), pa.array([1.5]).dictionary_encode()],
+    [
+        pa.array([1.5]),
+        pa.array([True]),
+        pa.array([b"a"]),
+        pa.array([[1]]),
+        pa.array([{"a": 1}]),
+        pa.array([datetime.time(1)]),
+        pa.array([1.5]).dictionary_encode(),
+    ],
     ids=lambda values: str(values.type),
 )
 def test_other_types_are_refused(values):
@@ -160,10 +181,16 @@ def test_null_works_for_all_but_nested_types():
 
 def test_policies_for_values_that_do_not_fit():
     values = pa.array([1000, 1001, 1002, 1003] * 10)
-    expected = [int(text) if text[0] != "0" else None for text in mask([str(value) for value in values.to_pylist()], NID)]
+    expected = [
+        int(text) if text[0] != "0" else None
+        for text in mask([str(value) for value in values.to_pylist()], NID)
+    ]
     while None not in expected:
         values = pa.array([value + 10 for value in values.to_pylist()])
-        expected = [int(text) if text[0] != "0" else None for text in mask([str(value) for value in values.to_pylist()], NID)]
+        expected = [
+            int(text) if text[0] != "0" else None
+            for text in mask([str(value) for value in values.to_pylist()], NID)
+        ]
     with pytest.raises(korv.MaskError) as caught:
         mask(values, NID + ", on-error=abort", errors=[])
     assert caught.value.status == korv.Status.ABORTED
@@ -177,8 +204,12 @@ def test_policies_for_values_that_do_not_fit():
 def test_failed_values_that_are_not_text_are_null_or_the_constant():
     values = pa.array([7, 4111111111111111])
     rule = "CCN, secret=test"
-    for operands, replacement in (("", None), (", on-error=null", None), (", on-error=const, value=0", 0),
-                                  (", on-error=const, value=none", None)):
+    for operands, replacement in (
+        ("", None),
+        (", on-error=null", None),
+        (", on-error=const, value=0", 0),
+        (", on-error=const, value=none", None),
+    ):
         errors = []
         masked = mask(values, rule + operands, errors=errors).to_pylist()
         assert masked[0] == replacement and masked[1] not in (None, 4111111111111111)
@@ -190,7 +221,11 @@ def test_polars_and_pandas():
     expected = mask(pa.array([12, 345, None]), rule).to_pylist()
     assert mask(polars.Series("n", [12, 345, None]), rule).to_list() == expected
     nullable = mask(pandas.Series([12, 345, None], dtype="Int64"), rule)
-    assert (str(nullable.dtype), nullable.isna().tolist(), nullable[:2].tolist()) == ("Int64", [False, False, True], expected[:2])
+    assert (str(nullable.dtype), nullable.isna().tolist(), nullable[:2].tolist()) == (
+        "Int64",
+        [False, False, True],
+        expected[:2],
+    )
     plain = mask(pandas.Series([12, 345]), rule)
     assert (str(plain.dtype), plain.tolist()) == ("int64", expected[:2])
     with pytest.raises(TypeError, match="values of type double"):

@@ -24,7 +24,9 @@ DICTIONARIES = [
 
 @pytest.fixture(scope="module")
 def masker():
-    with korv.Masker(f"CARD = {RULE}\nOTHER = KEEP\nSIGNUP = AGE, secret=test, range=-9..9, per=ID", SECRETS) as masker:
+    with korv.Masker(
+        f"CARD = {RULE}\nOTHER = KEEP\nSIGNUP = AGE, secret=test, range=-9..9, per=ID", SECRETS
+    ) as masker:
         yield masker
 
 
@@ -82,7 +84,9 @@ def test_chunks(masker):
 
 def test_failed_rows_are_counted_over_chunks(masker):
     errors = []
-    masker.mask_column("CARD", pa.chunked_array([[CARD, "1"], ["2", CARD], [None, "3"]]), errors=errors, first_row=10)
+    masker.mask_column(
+        "CARD", pa.chunked_array([[CARD, "1"], ["2", CARD], [None, "3"]]), errors=errors, first_row=10
+    )
     assert [error.row for error in errors] == [11, 12, 15]
 
 
@@ -132,7 +136,9 @@ def test_polars(masker):
     assert (categories.dtype, categories.to_list()) == (polars.Categorical, MASKED)
 
 
-@pytest.mark.parametrize("dtype", [object, "str", "string", pandas.ArrowDtype(pa.string()), "category"], ids=str)
+@pytest.mark.parametrize(
+    "dtype", [object, "str", "string", pandas.ArrowDtype(pa.string()), "category"], ids=str
+)
 def test_pandas(masker, dtype):
     if dtype == "str" and pandas.__version__.startswith("2"):
         dtype = "string[pyarrow]"
@@ -158,9 +164,17 @@ def test_related_values(masker):
     dates, numbers = ["2020-01-01", "2020-01-01", None], ["1", "2", "3"]
     masked = masker.mask_column("SIGNUP", dates, numbers)
     assert masked[2] is None and all(value.startswith(("2019-12", "2020-01")) for value in masked[:2])
-    for other in (pa.array(numbers), pa.array([1, 2, 3]), pa.chunked_array([["1"], ["2", "3"]]), polars.Series(numbers)):
+    for other in (
+        pa.array(numbers),
+        pa.array([1, 2, 3]),
+        pa.chunked_array([["1"], ["2", "3"]]),
+        polars.Series(numbers),
+    ):
         assert masker.mask_column("SIGNUP", dates, other) == masked
-        assert masker.mask_column("SIGNUP", pa.chunked_array([dates[:2], dates[2:]]), other).to_pylist() == masked
+        assert (
+            masker.mask_column("SIGNUP", pa.chunked_array([dates[:2], dates[2:]]), other).to_pylist()
+            == masked
+        )
         assert korv.mask(dates, "AGE, secret=test, range=-9..9, per=ID", SECRETS, other) == masked
     with pytest.raises(ValueError, match="the rule also reads column ID"):
         masker.mask_column("SIGNUP", dates)

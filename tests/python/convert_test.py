@@ -47,7 +47,9 @@ def run(tmp_path, secrets_file, monkeypatch, capfd):
     def run(source, output, *options, rules=RULES):
         (tmp_path / "rules.txt").write_text(rules)
         capfd.readouterr()
-        status = main(["convert", source, output, "--rules", "rules.txt", "--secrets", secrets_file.name, *options])
+        status = main(
+            ["convert", source, output, "--rules", "rules.txt", "--secrets", secrets_file.name, *options]
+        )
         out, messages = capfd.readouterr()
         assert out == ""
         assert SECRETS["test"].hex() not in messages
@@ -77,12 +79,34 @@ def test_parquet(run, tmp_path):
     counts = json.loads(summary)
     card = counts["columns"][1]
     assert card.pop("fingerprint") == MASKER.columns(CLEAR.column_names)[1].fingerprint
-    assert card == {"number": 2, "name": "CARD", "action": "CCN", "values": 2, "nulls": 1, "masked": 2, "unchanged": 0,
-                    "failed": {}, "method": "ff1", "secret": "test"}
-    assert counts["columns"][0] == {"number": 1, "name": "ID", "action": "KEEP", "values": 0, "nulls": 0, "masked": 0,
-                                    "unchanged": 0, "failed": {}}
+    assert card == {
+        "number": 2,
+        "name": "CARD",
+        "action": "CCN",
+        "values": 2,
+        "nulls": 1,
+        "masked": 2,
+        "unchanged": 0,
+        "failed": {},
+        "method": "ff1",
+        "secret": "test",
+    }
+    assert counts["columns"][0] == {
+        "number": 1,
+        "name": "ID",
+        "action": "KEEP",
+        "values": 0,
+        "nulls": 0,
+        "masked": 0,
+        "unchanged": 0,
+        "failed": {},
+    }
     assert {key: counts[key] for key in ("format", "status", "rows_in", "rows_out")} == {
-        "format": 1, "status": 0, "rows_in": 3, "rows_out": 3}
+        "format": 1,
+        "status": 0,
+        "rows_in": 3,
+        "rows_out": 3,
+    }
 
 
 KEPT = pa.table(
@@ -114,7 +138,10 @@ def test_rows_keep_their_order_and_memory_is_bounded(run, tmp_path):
     count = 700_000
     table = pa.table({"ID": range(count), "CARD": [str(4000000000000000 + i) for i in range(count)]})
     pq.write_table(table, tmp_path / "in.parquet", row_group_size=50_000)
-    assert run("in.parquet", "out.parquet", "--jobs", "4", rules="ID = KEEP\nCARD = CCN, secret=test") == (0, "")
+    assert run("in.parquet", "out.parquet", "--jobs", "4", rules="ID = KEEP\nCARD = CCN, secret=test") == (
+        0,
+        "",
+    )
     masked = pq.read_table(tmp_path / "out.parquet")
     assert masked["ID"].equals(table["ID"])
     assert masked["CARD"].equals(MASKER.mask_column("CARD", table["CARD"]))
@@ -123,7 +150,9 @@ def test_rows_keep_their_order_and_memory_is_bounded(run, tmp_path):
 def test_a_nested_column_under_a_rule_is_refused(run, tmp_path):
     pq.write_table(CLEAR, tmp_path / "in.parquet")
     for action in ("NID, secret=test", "NULL", "CONST, value=x"):
-        status, messages = run("in.parquet", "out.parquet", rules=RULES.replace("LIST = KEEP", f"LIST = {action}"))
+        status, messages = run(
+            "in.parquet", "out.parquet", rules=RULES.replace("LIST = KEEP", f"LIST = {action}")
+        )
         assert status == 2 and "column LIST: values of type list" in messages
     assert not (tmp_path / "out.parquet").exists()
 
@@ -151,8 +180,10 @@ def test_failures(run, tmp_path, form):
     status, messages = run(f"in.{form}", f"out.{form}", "--summary", "s.json", rules=rules)
     assert status == 1
     lines = messages.splitlines()
-    assert lines[0] == (f"in.{form}: row 2, column CARD: CCN error 2, too few digits: KORV_TOKID_COLNAME=CARD "
-                        "KORV_TOKID_SRCLEN=2 KORV_TOKID_EXPSRCLEN=12")
+    assert lines[0] == (
+        f"in.{form}: row 2, column CARD: CCN error 2, too few digits: KORV_TOKID_COLNAME=CARD "
+        "KORV_TOKID_SRCLEN=2 KORV_TOKID_EXPSRCLEN=12"
+    )
     assert lines[1].startswith(f"in.{form}: row 4, column CARD: CCN error 1, ")
     assert lines[2:] == [f"in.{form}: 2 of 4 values in 5 rows failed"]
     summary = json.loads((tmp_path / "s.json").read_text())
@@ -163,14 +194,18 @@ def test_failures(run, tmp_path, form):
     for option in ("2", "3"):
         assert run(f"in.{form}", f"more.{form}", "--max-errors", option, rules=rules)[0] == 1
     for option in ("0", "1"):
-        status, messages = run(f"in.{form}", f"none.{form}", "--max-errors", option, "--summary", "s.json", rules=rules)
+        status, messages = run(
+            f"in.{form}", f"none.{form}", "--max-errors", option, "--summary", "s.json", rules=rules
+        )
         assert status == 2 and f"more than {option} values failed, which is the limit" in messages
         assert json.loads((tmp_path / "s.json").read_text())["status"] == 2
     status, messages = run(f"in.{form}", f"none.{form}", rules=rules + ", on-error=abort")
     assert status == 2 and "its rule says on-error=abort: row 2, column CARD" in messages
     assert not (tmp_path / f"none.{form}").exists()
 
-    assert run(f"in.{form}", f"less.{form}", "--summary", "s.json", rules=rules + ", on-error=drop-row")[0] == 1
+    assert (
+        run(f"in.{form}", f"less.{form}", "--summary", "s.json", rules=rules + ", on-error=drop-row")[0] == 1
+    )
     summary = json.loads((tmp_path / "s.json").read_text())
     assert (summary["rows_in"], summary["rows_out"]) == (5, 3)
     if form == "parquet":
@@ -181,9 +216,15 @@ def test_failures(run, tmp_path, form):
 
 def test_the_report_is_bounded(run, tmp_path):
     pq.write_table(pa.table({"CARD": ["1"] * 10_005}), tmp_path / "in.parquet")
-    assert run("in.parquet", "out.parquet", "--report", "report.txt", rules="CARD = CCN, secret=test") == (1, "")
+    assert run("in.parquet", "out.parquet", "--report", "report.txt", rules="CARD = CCN, secret=test") == (
+        1,
+        "",
+    )
     lines = (tmp_path / "report.txt").read_text().splitlines()
-    assert lines[10_000:] == ["5 more errors are left out", "in.parquet: 10005 of 10005 values in 10005 rows failed"]
+    assert lines[10_000:] == [
+        "5 more errors are left out",
+        "in.parquet: 10005 of 10005 values in 10005 rows failed",
+    ]
 
 
 @pytest.mark.parametrize("form", ["parquet", "jsonl"])
@@ -195,13 +236,20 @@ def test_options(run, tmp_path, form):
     status, messages = run(f"in.{form}", f"out.{form}", rules="CARD = CCN, secret=test")
     assert status == 2 and "ID" in messages
     assert run(f"in.{form}", f"out.{form}", "--keep-unlisted", rules="CARD = CCN, secret=test") == (0, "")
-    status, messages = run(f"in.{form}", f"not.{form}", "--strict", rules="ID = KEEP\nCARD = CCN, method=transpose, key=5")
+    status, messages = run(
+        f"in.{form}", f"not.{form}", "--strict", rules="ID = KEEP\nCARD = CCN, method=transpose, key=5"
+    )
     assert status == 2 and "strict" in messages
-    assert run(f"out.{form}", f"back.{form}", "--unmask", rules="ID = KEEP\nCARD = CCN, secret=test") == (0, "")
+    assert run(f"out.{form}", f"back.{form}", "--unmask", rules="ID = KEEP\nCARD = CCN, secret=test") == (
+        0,
+        "",
+    )
     if form == "parquet":
         assert pq.read_table(tmp_path / "back.parquet").to_pylist() == FAILING.slice(0, 1).to_pylist()
     else:
-        assert (tmp_path / "back.jsonl").read_text().replace(" ", "") == (tmp_path / "in.jsonl").read_text().replace(" ", "")
+        assert (tmp_path / "back.jsonl").read_text().replace(" ", "") == (
+            tmp_path / "in.jsonl"
+        ).read_text().replace(" ", "")
     status, messages = run(f"in.{form}", f"not.{form}", rules="ID = KEEP\nCARD = KEEP\nNONE = KEEP")
     assert status == 2 and "NONE" in messages
     assert not (tmp_path / f"not.{form}").exists()
@@ -221,11 +269,15 @@ def test_lines_keep_what_is_not_masked(run, tmp_path):
         '{"ID":true,"list":"x","CARD":"\\u0034556737586899855"}\r',
     )
     rules = RULES + "list = KEEP"
-    status, messages = run("in.jsonl", "out.jsonl", rules=rules.replace("LIST = KEEP", '"LIST" = KEEP').replace("\nlist", '\n"list"'))
+    status, messages = run(
+        "in.jsonl",
+        "out.jsonl",
+        rules=rules.replace("LIST = KEEP", '"LIST" = KEEP').replace("\nlist", '\n"list"'),
+    )
     assert (status, messages) == (0, "")
-    card, = MASKER.mask_column("CARD", [CARD])
+    (card,) = MASKER.mask_column("CARD", [CARD])
     number, text = MASKER.mask_column("NUMBER", ["12345", "77"])
-    born, = MASKER.mask_column("BORN", ["2000-01-01"], ["1"])
+    (born,) = MASKER.mask_column("BORN", ["2000-01-01"], ["1"])
     assert (tmp_path / "out.jsonl").read_text() == (
         f'{{"ID":1,"CARD" : "{card}","NUMBER":{number},"BORN":"{born}"}}\n'
         f'{{"CARD":null,"ID":"a\\u00e9\\/","NUMBER": "{text}","LIST":[1.50,{{"b" : 1e2}}]}}\n'
@@ -243,15 +295,23 @@ def test_numbers_come_out_as_numbers(run, tmp_path):
     expected = [None if text.startswith("0") else int(text) for text in texts]
     assert [json.loads(line)["N"] for line in (tmp_path / "out.jsonl").open()] == expected
     assert status == 1 and None in expected
-    assert messages.count("NID error 9100, the masked value does not fit the number of JSON") == expected.count(None)
+    assert messages.count(
+        "NID error 9100, the masked value does not fit the number of JSON"
+    ) == expected.count(None)
     run("in.jsonl", "out.jsonl", rules="N = NID, secret=test, on-error=drop-row")
-    assert [json.loads(line)["N"] for line in (tmp_path / "out.jsonl").open()] == [value for value in expected if value is not None]
+    assert [json.loads(line)["N"] for line in (tmp_path / "out.jsonl").open()] == [
+        value for value in expected if value is not None
+    ]
     assert run("in.jsonl", "none.jsonl", rules="N = NID, secret=test, on-error=abort")[0] == 2
 
 
 def test_replacements_of_failed_numbers(run, tmp_path):
     write_lines(tmp_path / "in.jsonl", '{"N":1}', '{"N":"1"}')
-    for operands, first, second in (("", None, ""), (", on-error=const, value=0", 0, "0"), (", on-error=const, value=a", None, "a")):
+    for operands, first, second in (
+        ("", None, ""),
+        (", on-error=const, value=0", 0, "0"),
+        (", on-error=const, value=a", None, "a"),
+    ):
         status, messages = run("in.jsonl", "out.jsonl", rules="N = CCN, secret=test" + operands)
         assert status == 1 and messages.count("CCN error 2") == 2 and "9100" not in messages
         assert [json.loads(line)["N"] for line in (tmp_path / "out.jsonl").open()] == [first, second]
@@ -267,16 +327,39 @@ def test_nested_values_under_a_rule_are_refused(run, tmp_path, value, action):
     assert run("in.jsonl", "out.jsonl", rules="A = KEEP") == (0, "")
 
 
-MALFORMED = ["[1]", "5", '{"a":"SECRETIVE', '{"a":1,"a":2}', '{"a":1,"\\u0061":2}', '{"a":NaN}', '{"a":1}{"b":2}',
-             '{"a":[1,]}', '{"a":1} x', '{"a":1,}', "{", "{,}", '{"a" 1}', '{"a":01}', '{"a":1.}', '{"a":"\\x"}', '{"a":-}',
-             '{"a":"SECRETIVE\x01"}', "{'a':1}", '{"a":' + "[" * 100_000, "\ufeff{}"]
+MALFORMED = [
+    "[1]",
+    "5",
+    '{"a":"SECRETIVE',
+    '{"a":1,"a":2}',
+    '{"a":1,"\\u0061":2}',
+    '{"a":NaN}',
+    '{"a":1}{"b":2}',
+    '{"a":[1,]}',
+    '{"a":1} x',
+    '{"a":1,}',
+    "{",
+    "{,}",
+    '{"a" 1}',
+    '{"a":01}',
+    '{"a":1.}',
+    '{"a":"\\x"}',
+    '{"a":-}',
+    '{"a":"SECRETIVE\x01"}',
+    "{'a':1}",
+    '{"a":' + "[" * 100_000,
+    "\ufeff{}",
+]
 
 
 @pytest.mark.parametrize("line", MALFORMED, ids=lambda line: ascii(line[:12]))
 def test_malformed_lines(run, tmp_path, line):
     write_lines(tmp_path / "in.jsonl", '{"a":1}', line)
     status, messages = run("in.jsonl", "out.jsonl", rules="a = KEEP")
-    assert (status, messages) == (2, "korv convert: in.jsonl:2: not one JSON object in UTF-8 whose keys are all different\n")
+    assert (status, messages) == (
+        2,
+        "korv convert: in.jsonl:2: not one JSON object in UTF-8 whose keys are all different\n",
+    )
     assert not (tmp_path / "out.jsonl").exists()
 
 
@@ -303,7 +386,9 @@ def test_compressed_lines(run, tmp_path):
     assert run("in.jsonl", "out.ndjson", rules=rules) == (0, "")
     masked = (tmp_path / "out.ndjson").read_bytes()
     half = len(lines) // 2
-    (tmp_path / "in.jsonl.gz").write_bytes(gzip.compress(lines[:half].encode()) + gzip.compress(lines[half:].encode()))
+    (tmp_path / "in.jsonl.gz").write_bytes(
+        gzip.compress(lines[:half].encode()) + gzip.compress(lines[half:].encode())
+    )
     assert run("in.jsonl.gz", "out.jsonl.zst", rules=rules) == (0, "")
     assert pa.input_stream(str(tmp_path / "out.jsonl.zst"), compression="zstd").read() == masked
     assert run("out.jsonl.zst", "back.jsonl.gz", "--unmask", rules=rules) == (0, "")
@@ -336,8 +421,16 @@ def test_the_output_may_be_the_input(run, tmp_path):
 
 @pytest.mark.parametrize(
     "options",
-    [("--report", "in.jsonl"), ("--summary", "in.jsonl"), ("--report", "rules.txt"), ("--summary", "secrets.txt"),
-     ("--report", "x", "--summary", "x"), ("--summary", "out.jsonl"), ("--report", "cities.txt"), ("--summary", "link")],
+    [
+        ("--report", "in.jsonl"),
+        ("--summary", "in.jsonl"),
+        ("--report", "rules.txt"),
+        ("--summary", "secrets.txt"),
+        ("--report", "x", "--summary", "x"),
+        ("--summary", "out.jsonl"),
+        ("--report", "cities.txt"),
+        ("--summary", "link"),
+    ],
     ids=" ".join,
 )
 def test_no_file_is_overwritten_that_is_read(run, tmp_path, options):
@@ -381,9 +474,16 @@ def test_files_that_cannot_be_used(run, tmp_path, source, output, message):
 
 
 def test_usage():
-    result = subprocess.run([sys.executable, "-m", "korv", "convert", "--help"], capture_output=True, text=True)
+    result = subprocess.run(
+        [sys.executable, "-m", "korv", "convert", "--help"], capture_output=True, text=True
+    )
     assert result.returncode == 0 and "usage: python -m korv convert" in result.stdout
-    for arguments in ([], ["convert"], ["convert", "a.jsonl", "b.jsonl"], ["convert", "a", "b", "--rules", "c", "--jobs", "-1"]):
+    for arguments in (
+        [],
+        ["convert"],
+        ["convert", "a.jsonl", "b.jsonl"],
+        ["convert", "a", "b", "--rules", "c", "--jobs", "-1"],
+    ):
         with pytest.raises(SystemExit) as caught:
             main(arguments)
         assert caught.value.code == 2
@@ -402,9 +502,20 @@ def test_a_signal_leaves_nothing(tmp_path, secrets_file, number, form):
         (tmp_path / "in.jsonl").write_text(f'{{"CARD":"{CARD}"}}\n' * 1_000_000)
     (tmp_path / "rules.txt").write_text("CARD = CCN, secret=test")
     process = subprocess.Popen(
-        [sys.executable, "-m", "korv", "convert", f"in.{form}", f"out.{form}", "--rules", "rules.txt", "--secrets",
-         secrets_file.name],
-        cwd=tmp_path, stderr=subprocess.PIPE,
+        [
+            sys.executable,
+            "-m",
+            "korv",
+            "convert",
+            f"in.{form}",
+            f"out.{form}",
+            "--rules",
+            "rules.txt",
+            "--secrets",
+            secrets_file.name,
+        ],
+        cwd=tmp_path,
+        stderr=subprocess.PIPE,
     )
     while process.poll() is None and not glob.glob(str(tmp_path / "out.*.tmp")):
         time.sleep(0.01)
@@ -416,11 +527,28 @@ def test_a_signal_leaves_nothing(tmp_path, secrets_file, number, form):
 
 def test_no_other_process_reads_its_memory(run, tmp_path, secrets_file):
     write_lines(tmp_path / "in.jsonl", '{"A":"x1"}')
-    code = ("import atexit, ctypes, runpy; atexit.register(lambda: print(ctypes.CDLL(None).prctl(3, 0, 0, 0, 0))); "
-            "runpy.run_module('korv', run_name='__main__')")
+    code = (
+        "import atexit, ctypes, runpy; atexit.register(lambda: print(ctypes.CDLL(None).prctl(3, 0, 0, 0, 0))); "
+        "runpy.run_module('korv', run_name='__main__')"
+    )
     (tmp_path / "rules.txt").write_text("A = AFF, secret=test")
     result = subprocess.run(
-        [sys.executable, "-c", code, "convert", "in.jsonl", "out.jsonl", "--rules", "rules.txt", "--secrets",
-         secrets_file.name], cwd=tmp_path, capture_output=True, text=True, check=True)
+        [
+            sys.executable,
+            "-c",
+            code,
+            "convert",
+            "in.jsonl",
+            "out.jsonl",
+            "--rules",
+            "rules.txt",
+            "--secrets",
+            secrets_file.name,
+        ],
+        cwd=tmp_path,
+        capture_output=True,
+        text=True,
+        check=True,
+    )
     assert result.stdout == "0\n"
     assert ctypes.CDLL(None).prctl(3, 0, 0, 0, 0) == 1

@@ -25,7 +25,9 @@ def test_texts(connection):
 
 
 def test_null_and_no_rows(connection):
-    assert connection.sql(f"select korv_mask(NULL, {RULE}), korv_mask(NULL::integer, {RULE})").fetchall() == [(None, None)]
+    assert connection.sql(f"select korv_mask(NULL, {RULE}), korv_mask(NULL::integer, {RULE})").fetchall() == [
+        (None, None)
+    ]
     assert connection.sql(f"select korv_mask(card, {RULE}) from cards where i > 99").fetchall() == []
 
 

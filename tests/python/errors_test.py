@@ -18,10 +18,20 @@ def test_records():
     assert masked[1] == masked[3] == "" and masked[2] is None
     first, second = errors
     assert (first.row, first.column, first.code, first.provider) == (1, "value", 2, "CCN")
-    assert first.tokens == (("KORV_TOKID_COLNAME", "value"), ("KORV_TOKID_SRCLEN", "5"), ("KORV_TOKID_EXPSRCLEN", "12"))
-    assert first.message == ("CCN error 2, too few digits: KORV_TOKID_COLNAME=value KORV_TOKID_SRCLEN=5 "
-                             "KORV_TOKID_EXPSRCLEN=12")
-    assert (second.row, second.code, second.is_first, second.status) == (3, 1, True, korv.Status.VALUES_FAILED)
+    assert first.tokens == (
+        ("KORV_TOKID_COLNAME", "value"),
+        ("KORV_TOKID_SRCLEN", "5"),
+        ("KORV_TOKID_EXPSRCLEN", "12"),
+    )
+    assert first.message == (
+        "CCN error 2, too few digits: KORV_TOKID_COLNAME=value KORV_TOKID_SRCLEN=5 " "KORV_TOKID_EXPSRCLEN=12"
+    )
+    assert (second.row, second.code, second.is_first, second.status) == (
+        3,
+        1,
+        True,
+        korv.Status.VALUES_FAILED,
+    )
     with pytest.raises(AttributeError):
         first.row = 5
     assert pickle.loads(pickle.dumps(first)) == first
@@ -33,13 +43,22 @@ def test_exceptions():
     assert [record.row for record in caught.value.records] == [0, 1]
     assert caught.value.status == korv.Status.VALUES_FAILED
     copy = pickle.loads(pickle.dumps(caught.value))
-    assert (str(copy), copy.records, copy.status) == (str(caught.value), caught.value.records, caught.value.status)
+    assert (str(copy), copy.records, copy.status) == (
+        str(caught.value),
+        caught.value.records,
+        caught.value.status,
+    )
 
 
 @pytest.mark.parametrize(
     "operands, replacement",
-    [("", ""), (", on-error=empty", ""), (", on-error=null", None), (", on-error=const, value=none", "none"),
-     (", on-error=drop-row", "")],
+    [
+        ("", ""),
+        (", on-error=empty", ""),
+        (", on-error=null", None),
+        (", on-error=const, value=none", "none"),
+        (", on-error=drop-row", ""),
+    ],
 )
 def test_policies(operands, replacement):
     errors = []
@@ -50,7 +69,9 @@ def test_policies(operands, replacement):
 
 def test_abort_is_always_raised():
     errors = []
-    with pytest.raises(korv.MaskError, match="1 value failed, and its rule says on-error=abort: row 1") as caught:
+    with pytest.raises(
+        korv.MaskError, match="1 value failed, and its rule says on-error=abort: row 1"
+    ) as caught:
         korv.mask([CARD, "1", "2"], RULE + ", on-error=abort", SECRETS, errors=errors)
     assert caught.value.status == korv.Status.ABORTED
     assert errors == []
@@ -172,7 +193,13 @@ def test_bytes_that_are_not_utf8_fail():
 
 @pytest.mark.parametrize("provider", ["CCN", "NID", "EML", "AFF", "AGE, range=-9..9"])
 def test_no_message_holds_a_clear_value(provider):
-    values = ["Confidential Words \u00e9", "12-secretive-34567", "secretive@", "@@@secretive", "4556secretive"]
+    values = [
+        "Confidential Words \u00e9",
+        "12-secretive-34567",
+        "secretive@",
+        "@@@secretive",
+        "4556secretive",
+    ]
     errors = []
     name, _, operands = provider.partition(",")
     korv.mask(values, f"{name}, secret=test{',' + operands if operands else ''}", SECRETS, errors=errors)

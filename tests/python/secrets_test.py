@@ -36,8 +36,17 @@ def test_a_file_that_others_may_read_is_refused(secrets_file):
         korv.Masker(RULES, secrets_file.with_name("none.txt"))
 
 
-@pytest.mark.parametrize("secrets", [{"test": b"short"}, {"test": bytes(65)}, {"Test": SECRET}, {"": SECRET},
-                                     {SECRET.hex(): SECRET}, {"te\0st": SECRET}])
+@pytest.mark.parametrize(
+    "secrets",
+    [
+        {"test": b"short"},
+        {"test": bytes(65)},
+        {"Test": SECRET},
+        {"": SECRET},
+        {SECRET.hex(): SECRET},
+        {"te\0st": SECRET},
+    ],
+)
 def test_names_and_lengths(secrets):
     with pytest.raises(ValueError, match="16 to 64 bytes; its name has lower-case letters") as caught:
         korv.Masker(RULES, secrets)
@@ -69,7 +78,9 @@ def test_pickle_refuses_secrets_that_are_bytes():
     with pytest.raises(TypeError, match="put them into a secrets file and give its path") as caught:
         pickle.dumps(korv.Masker(RULES, SECRETS))
     assert_hidden(repr(caught.value))
-    assert pickle.loads(pickle.dumps(korv.Masker("A = CCN, method=transpose, key=5"))).mask_column("A", [CARD])
+    assert pickle.loads(pickle.dumps(korv.Masker("A = CCN, method=transpose, key=5"))).mask_column(
+        "A", [CARD]
+    )
 
 
 def test_paths_do_not_depend_on_the_folder(secrets_file, tmp_path, monkeypatch):

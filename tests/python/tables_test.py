@@ -55,8 +55,12 @@ def test_arrow(masker, masked):
     assert isinstance(batch, pa.RecordBatch) and pa.table(batch).equals(masked)
     reader = masker.mask_table(CLEAR.to_reader())
     assert isinstance(reader, pa.RecordBatchReader) and reader.read_all().equals(masked)
-    uneven = pa.table({name: pa.chunked_array([column.chunk(0)[:at], column.chunk(0)[at:]])
-                       for at, (name, column) in zip((1, 2, 1, 2, 1, 2), zip(CLEAR.column_names, CLEAR.columns))})
+    uneven = pa.table(
+        {
+            name: pa.chunked_array([column.chunk(0)[:at], column.chunk(0)[at:]])
+            for at, (name, column) in zip((1, 2, 1, 2, 1, 2), zip(CLEAR.column_names, CLEAR.columns))
+        }
+    )
     assert masker.mask_table(uneven).equals(masked)
     empty = masker.mask_table(CLEAR.slice(0, 0))
     assert (empty.schema, len(empty)) == (masked.schema, 0)
@@ -109,8 +113,11 @@ def test_pandas_index(masker):
     masked = rules.mask_table(frame)
     assert rules.mask_table(frame[1:]).equals(masked[1:])
     assert rules.mask_table(frame.iloc[[2, 0]]).equals(masked.iloc[[2, 0]])
-    for index in (pandas.Index(["x", "y", "z"]), pandas.Index([1, 2, 3], name="customer"),
-                  pandas.MultiIndex.from_tuples([(1, 2), (3, 4), (5, 6)])):
+    for index in (
+        pandas.Index(["x", "y", "z"]),
+        pandas.Index([1, 2, 3], name="customer"),
+        pandas.MultiIndex.from_tuples([(1, 2), (3, 4), (5, 6)]),
+    ):
         with pytest.raises(TypeError, match="reset_index"):
             rules.mask_table(frame.set_index(index))
     with pytest.raises(TypeError, match="names of type str"):
@@ -124,7 +131,12 @@ FAILING = [CARD, "1", None, "2", CARD]
 def test_rows_are_left_out(kind):
     masker = korv.Masker("ID = KEEP\nCARD = CCN, secret=test, on-error=drop-row\nLIST = KEEP", SECRETS)
     table = pa.table({"ID": range(5), "CARD": FAILING, "LIST": [[i] for i in range(5)]})
-    clear = {"arrow": table, "reader": table.to_reader(2), "polars": polars.DataFrame(table), "pandas": table.to_pandas()}
+    clear = {
+        "arrow": table,
+        "reader": table.to_reader(2),
+        "polars": polars.DataFrame(table),
+        "pandas": table.to_pandas(),
+    }
     errors = []
     masked = masker.mask_table(clear[kind], errors=errors, first_row=100)
     if kind == "pandas":
@@ -175,9 +187,22 @@ def test_metadata_goes():
 
 def test_columns_describe_what_happens(masker):
     plans = {plan.name: plan for plan in masker.columns(CLEAR.column_names)}
-    assert [plans[name].action for name in CLEAR.column_names] == ["KEEP", "CCN", "AGE", "NID", "DROP", "KEEP"]
+    assert [plans[name].action for name in CLEAR.column_names] == [
+        "KEEP",
+        "CCN",
+        "AGE",
+        "NID",
+        "DROP",
+        "KEEP",
+    ]
     card, born = plans["CARD"], plans["BORN"]
-    assert (card.method, card.secret, card.reversible, card.disguise, card.on_error) == ("ff1", "test", True, False, "empty")
+    assert (card.method, card.secret, card.reversible, card.disguise, card.on_error) == (
+        "ff1",
+        "test",
+        True,
+        False,
+        "empty",
+    )
     assert len(card.fingerprint) == 8
     assert (born.related, born.reversible) == ("ID", False)
     assert korv.Masker("A = CCN, method=transpose, key=5").columns(["A"])[0].disguise

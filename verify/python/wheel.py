@@ -1,4 +1,5 @@
 """Checks a wheel of the package: wheel.py WHEEL. Its name, its libraries, and what its metadata says."""
+
 import email
 import fnmatch
 import re
@@ -12,7 +13,9 @@ names = files.namelist()
 PROVIDERS = ["aff", "age", "ccn", "eml", "hash", "lkp", "nid"]
 expected = ["libKORVDataCnvLib.so", "libKORVSupport.so.21", "libkorvmask.so.1"]
 expected += [f"korv-providers/libkorvprv_{name}.so" for name in PROVIDERS]
-libraries = sorted(name.removeprefix("korv/_native/") for name in names if ".so" in name and "/_native/" in name)
+libraries = sorted(
+    name.removeprefix("korv/_native/") for name in names if ".so" in name and "/_native/" in name
+)
 assert libraries == sorted(expected), libraries
 bundled = [name for name in names if name.startswith("korv.libs/") and not name.endswith("/")]
 assert len(bundled) == 1 and fnmatch.fnmatch(bundled[0], "korv.libs/libcrypto-*.so.3"), bundled
