@@ -98,7 +98,7 @@ HelperRun runFor(const Options& options, const Helper& helper, const std::string
 
 void runJob(const Options& options, const Helper& helper, const ElfFile& file, Job& job) {
     if (job.test->scope == Scope::file) {
-        job.findings = runFileTest(*job.test, &file, "");
+        job.findings = runFileTest(*job.test, options.module, &file, "");
         return;
     }
     const auto start = std::chrono::steady_clock::now();
@@ -298,7 +298,7 @@ int check(const Options& options) {
     } catch (const ElfFault& fault) {
         Job& job = report.jobs.emplace_back();
         job.test = &allTests().front();
-        job.findings = runFileTest(*job.test, nullptr, fault.what());
+        job.findings = runFileTest(*job.test, options.module, nullptr, fault.what());
         return finish(options, report);
     }
     const Helper helper = findHelper(file.bits, options.helpers);

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 
@@ -14,13 +15,13 @@ constexpr const char* kEntry = "KorvProviderEntry";
 
 using Findings = std::vector<std::string>;
 
-Findings elfModule(const ElfFile& file) {
+Findings elfModule(const ElfFile& file, const std::string&) {
     if (!file.isX86) return {"it is not for x86"};
     if (!file.isShared) return {"it is a program or an object file, not a shared object"};
     return {};
 }
 
-Findings entryOnly(const ElfFile& file) {
+Findings entryOnly(const ElfFile& file, const std::string&) {
     Findings findings;
     bool hasEntry = false;
     for (const std::string& name : file.exports) {
@@ -35,12 +36,12 @@ Findings entryOnly(const ElfFile& file) {
     return findings;
 }
 
-Findings noExecutableStack(const ElfFile& file) {
+Findings noExecutableStack(const ElfFile& file, const std::string&) {
     if (!file.hasExecutableStack) return {};
     return {"it makes the stacks of the process executable; link with -Wl,-z,noexecstack"};
 }
 
-Findings noTextRelocations(const ElfFile& file) {
+Findings noTextRelocations(const ElfFile& file, const std::string&) {
     if (!file.hasTextRelocations) return {};
     return {"its code has to be changed when it is loaded; compile with -fPIC"};
 }
@@ -50,9 +51,24 @@ bool othersMayWrite(const std::string& folder) {
     return ::stat(folder.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0;
 }
 
-Findings safeSearchPath(const ElfFile& file) {
+// CMake ends the RPATH of a module in a build folder with colons, to make room for that of the
+// installed one.
+bool isInBuildFolder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::path folder = std::filesystem::absolute(path, error);
+    while (folder.has_relative_path()) {
+        folder = folder.parent_path();
+        if (std::filesystem::exists(folder / "CMakeCache.txt", error)) return true;
+    }
+    return false;
+}
+
+Findings safeSearchPath(const ElfFile& file, const std::string& path) {
     Findings findings;
     std::string_view rest = file.searchPath;
+    if (isInBuildFolder(path)) {
+        while (rest.ends_with(':')) rest.remove_suffix(1);
+    }
     while (!file.searchPath.empty()) {
         const size_t end = rest.find(':');
         const std::string folder(rest.substr(0, end));
@@ -73,7 +89,7 @@ Findings safeSearchPath(const ElfFile& file) {
 
 struct FileTest {
     std::string_view name;
-    Findings (*run)(const ElfFile& file);
+    Findings (*run)(const ElfFile& file, const std::string& path);
 };
 
 constexpr FileTest kTests[] = {
@@ -86,11 +102,11 @@ constexpr FileTest kTests[] = {
 
 }  // namespace
 
-std::vector<std::string> runFileTest(const TestInfo& test, const ElfFile* file,
-                                     const std::string& fault) {
+std::vector<std::string> runFileTest(const TestInfo& test, const std::string& path,
+                                     const ElfFile* file, const std::string& fault) {
     for (const FileTest& known : kTests) {
         if (known.name != test.name) continue;
-        if (file != nullptr) return known.run(*file);
+        if (file != nullptr) return known.run(*file, path);
         return known.run == elfModule ? Findings{fault} : Findings{};
     }
     throw std::logic_error("there is no test of the file " + test.title());

@@ -11,7 +11,7 @@ namespace kit {
 
 // What is wrong with the file. `file` is nullptr when it could not be read: only the first test
 // finds something then, which is `fault`.
-std::vector<std::string> runFileTest(const TestInfo& test, const ElfFile* file,
-                                     const std::string& fault);
+std::vector<std::string> runFileTest(const TestInfo& test, const std::string& path,
+                                     const ElfFile* file, const std::string& fault);
 
 }  // namespace kit

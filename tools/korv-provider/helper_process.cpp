@@ -29,6 +29,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// On a busy machine, a second of processor time takes more than a second.
+constexpr unsigned kBusy = 4;
 constexpr size_t kMostReport = 16 << 20;
 constexpr size_t kMostOutput = 2000;
 
@@ -85,7 +87,7 @@ void limit(int resource, rlim_t most) {
     limit(RLIMIT_FSIZE, 64 << 20);
     limit(RLIMIT_NOFILE, 256);
     limit(RLIMIT_CORE, 0);
-    limit(RLIMIT_CPU, 4 * seconds + 1);
+    limit(RLIMIT_CPU, seconds);
     ::execv(helper.path.c_str(), arguments);
     ::_exit(127);
 }
@@ -146,7 +148,7 @@ HelperRun runHelper(const Helper& helper, const std::vector<std::string>& argume
     ::setpgid(process, process);
 
     HelperRun run;
-    run.isTimedOut = !waitFor(process, seconds);
+    run.isTimedOut = !waitFor(process, kBusy * seconds);
     // Also what the module has started and left behind.
     ::kill(-process, SIGKILL);
     int status = 0;

@@ -25,8 +25,9 @@ struct Helper {
     int bits = 0;
 };
 
-// Runs the helper with a time limit and limits of memory, file sizes and descriptors. Can be called
-// by several threads. Throws std::system_error when it cannot be started.
+// Runs the helper with a limit of processor time and four times as much time, and with limits of
+// memory, file sizes and descriptors. Can be called by several threads. Throws std::system_error
+// when it cannot be started.
 HelperRun runHelper(const Helper& helper, const std::vector<std::string>& arguments,
                     unsigned seconds);
 

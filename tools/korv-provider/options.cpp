@@ -60,7 +60,9 @@ void addCheck(CLI::App& app, Options& options) {
         ->capture_default_str()
         ->type_name("N")
         ->check(CLI::Range(1u, 86400u));
-    app.add_option("--timeout", options.timeout, "Seconds after which a test is ended")
+    app.add_option("--timeout", options.timeout,
+                   "Seconds of processor time after which a test is ended; it is\nalso ended after "
+                   "four times as many seconds")
         ->capture_default_str()
         ->type_name("N")
         ->check(CLI::Range(1u, 86400u));
