@@ -438,22 +438,32 @@ struct Unmasking {
     }
 };
 
+// Programs for 32 bits may call with a stack that is aligned to 4 bytes.
+#ifdef __i386__
+#define KORV_PROVIDER_CALL __attribute__((force_align_arg_pointer))
+#else
+#define KORV_PROVIDER_CALL
+#endif
+
 // The functions of a PrvEntry for a provider class.
 template <typename Provider>
 struct Glue {
-    static std::int32_t open(const PrvCall* call, void** state) noexcept {
+    KORV_PROVIDER_CALL static std::int32_t open(const PrvCall* call, void** state) noexcept {
         return guarded(*call, [&] { *state = new State<Provider>(*call); });
     }
 
-    static void close(void* state) noexcept { delete static_cast<State<Provider>*>(state); }
+    KORV_PROVIDER_CALL static void close(void* state) noexcept {
+        delete static_cast<State<Provider>*>(state);
+    }
 
     template <typename Direction>
-    static std::int32_t run(void* state, const PrvCall* call) noexcept {
+    KORV_PROVIDER_CALL static std::int32_t run(void* state, const PrvCall* call) noexcept {
         return guarded(*call, [&] { runValue<Direction>(stateOf(state).provider, *call); });
     }
 
-    static std::int32_t maskBatch(void* state, const PrvCall* call, std::uint32_t count,
-                                  std::int32_t* statuses) noexcept {
+    KORV_PROVIDER_CALL static std::int32_t maskBatch(void* state, const PrvCall* call,
+                                                     std::uint32_t count,
+                                                     std::int32_t* statuses) noexcept {
         State<Provider>& known = stateOf(state);
         if constexpr (hasBatches<Provider>) {
             if (known.provider.usesBatches()) {
@@ -479,7 +489,7 @@ struct Glue {
         return 0;
     }
 
-    static std::uint32_t promises(const void* state) noexcept {
+    KORV_PROVIDER_CALL static std::uint32_t promises(const void* state) noexcept {
         if constexpr (hasPromises<Provider>) {
             return static_cast<const State<Provider>*>(state)->provider.promises();
         } else {
@@ -569,6 +579,8 @@ struct Glue {
         }
     }
 };
+
+#undef KORV_PROVIDER_CALL
 
 }  // namespace detail
 }  // namespace provider
