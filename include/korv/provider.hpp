@@ -438,7 +438,7 @@ struct Unmasking {
     }
 };
 
-// Programs for 32 bits may call with a stack that is aligned to 4 bytes.
+/** For functions that programs for 32 bits may call with a stack that is aligned to 4 bytes. */
 #ifdef __i386__
 #define KORV_PROVIDER_CALL __attribute__((force_align_arg_pointer))
 #else

@@ -53,18 +53,18 @@ class ShippedTest(KitTest):
             with self.subTest(module=os.path.basename(module)):
                 self.assert_sound(module, *arguments)
 
-    def test_template(self):
+    def test_templates(self):
         prefix = self.install()
-        build = os.path.join(self.folder, "template")
         flags = cached("CMAKE_C_FLAGS")
-        self.run_command("cmake", "-S", os.path.join(ROOT, "examples", "provider_template"), "-B",
-                         build, f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_FLAGS={flags}",
-                         f"-DCMAKE_CXX_FLAGS={flags}", f"-DCMAKE_C_COMPILER={cached('CMAKE_C_COMPILER')}")
-        self.run_command("cmake", "--build", build)
-        modules = sorted(glob.glob(os.path.join(build, "**", "libkorvprv_*.so"), recursive=True))
-        self.assertGreaterEqual(len(modules), 1)
-        for module in modules:
-            with self.subTest(module=os.path.basename(module)):
+        for template in ("provider_template", "provider_template_cpp"):
+            build = os.path.join(self.folder, template)
+            self.run_command("cmake", "-S", os.path.join(ROOT, "examples", template), "-B", build,
+                             f"-DCMAKE_PREFIX_PATH={prefix}", f"-DCMAKE_C_FLAGS={flags}",
+                             f"-DCMAKE_CXX_FLAGS={flags}",
+                             f"-DCMAKE_C_COMPILER={cached('CMAKE_C_COMPILER')}")
+            self.run_command("cmake", "--build", build)
+            [module] = glob.glob(os.path.join(build, "libkorvprv_*.so"))
+            with self.subTest(template=template):
                 self.assert_sound(module)
 
 
