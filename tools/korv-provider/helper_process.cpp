@@ -65,8 +65,8 @@ class Memory {
     int descriptor_;
 };
 
-void limit(int resource, rlim_t most) {
-    const rlimit both = {most, most};
+void limit(int resource, rlim_t most, rlim_t reserve = 0) {
+    const rlimit both = {most, most + reserve};
     ::setrlimit(static_cast<__rlimit_resource>(resource), &both);
 }
 
@@ -87,7 +87,7 @@ void limit(int resource, rlim_t most) {
     limit(RLIMIT_FSIZE, 64 << 20);
     limit(RLIMIT_NOFILE, 256);
     limit(RLIMIT_CORE, 0);
-    limit(RLIMIT_CPU, seconds);
+    limit(RLIMIT_CPU, seconds, 1);  // without a reserve it is SIGKILL, not SIGXCPU, that ends it
     ::execv(helper.path.c_str(), arguments);
     ::_exit(127);
 }
