@@ -113,5 +113,15 @@ int main(int argc, char** argv) {
         for (i = 0; i < count; ++i) writeField(&results[i]->strings, row);
     }
     writeFaults(mask);
+    KorvMaskClose(mask);
+    for (i = 0; i < count; ++i) {
+        free(columns[i].offsets);
+        free(columns[i].validity);
+        free(columns[i].bytes);
+    }
+    free(results);
+    free(columns);
+    free(all);
+    free(text);
     return 0;
 }
