@@ -4,6 +4,7 @@
 #            `figure: ...` as its last line; exit status 0 is a pass, 77 means that it could not run here
 #   logs     the folder for their output, as STAGE.log
 #   stages   the names of all stages, the quick ones first
+#   usual    those that run if none is named
 
 korv_purpose() {
     sed -n '2s/^# *//p' "$folder/$1"
@@ -16,7 +17,7 @@ korv_known() {
     exit 2
 }
 
-# korv_run_stages ARGUMENT...: --list, --help, --without STAGE, and names of stages.
+# korv_run_stages ARGUMENT...: --list, --help, --all, --without STAGE, and names of stages.
 korv_run_stages() {
     local chosen=() without=" " stage
     while [ $# -gt 0 ]; do
@@ -26,12 +27,13 @@ korv_run_stages() {
                 for stage in "${stages[@]}"; do printf '%-10s %s\n' "$stage" "$(korv_purpose "$stage")"; done
                 return ;;
             --without) korv_known "${2:-}"; without+="$2 "; shift ;;
+            --all) chosen=("${stages[@]}") ;;
             -*) usage >&2; exit 2 ;;
             *) korv_known "$1"; chosen+=("$1") ;;
         esac
         shift
     done
-    [ ${#chosen[@]} -gt 0 ] || chosen=("${stages[@]}")
+    [ ${#chosen[@]} -gt 0 ] || chosen=("${usual[@]}")
 
     mkdir -p "$logs"
     local table="" failed=0 begin=$SECONDS log start status verdict figure line took
