@@ -21,7 +21,10 @@ static void closeRule(void* state) {
 __attribute__((visibility("default"))) const PrvEntry* KorvProviderEntry(void);
 
 const PrvEntry* KorvProviderEntry(void) {
-    static const PrvEntry entry = {PRV_INTERFACE_VERSION, "EMPTY", 0, 0, 0, 0, openRule, maskValue,
-                                   closeRule, 0, 0, 0, 0, 0, 0, 0};
+    static const PrvEntry entry = {.interfaceVersion = PRV_INTERFACE_VERSION,
+                                   .name = "EMPTY",
+                                   .open = openRule,
+                                   .mask = maskValue,
+                                   .close = closeRule};
     return &entry;
 }

@@ -1,4 +1,4 @@
-/* Every public record once, for the debug information that the pictures of their layouts come from. */
+/* Every public record once, for the debug information that the pictures of layouts come from. */
 #include <korv/datacnv.h>
 #include <korv/korv.h>
 #include <korv/mask.h>

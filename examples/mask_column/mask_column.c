@@ -32,7 +32,8 @@ static void printRecords(const KorvMask* mask) {
     const KorvMaskRecord* record;
     uint64_t i;
     for (i = 0; (record = KorvMaskGetRecord(mask, i)) != NULL; ++i) {
-        if (record->row != KORV_MASK_NO_ROW) fprintf(stderr, "row %lu: ", (unsigned long)record->row);
+        if (record->row != KORV_MASK_NO_ROW)
+            fprintf(stderr, "row %lu: ", (unsigned long)record->row);
         fprintf(stderr, "%s\n", record->message);
     }
 }

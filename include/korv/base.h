@@ -56,8 +56,8 @@ typedef char korv_wchar_has_4_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 
 /** Every status of the library. The numbers are stored by callers and never change. */
 typedef enum KorvStatus {
-    KORV_FAILURE = -1, /**< an argument is empty, or the step that the comment names failed */
-    KORV_SUCCESS = 0,  /**< done */
+    KORV_FAILURE = -1,       /**< an argument is empty, or the step that the comment names failed */
+    KORV_SUCCESS = 0,        /**< done */
     KORV_TOKEN_BAD_ID = 1,   /**< token identifier outside the catalogue */
     KORV_TOKEN_NO_SLOT = 2,  /**< the newest error record takes no tokens */
     KORV_TOKEN_BAD_TYPE = 3, /**< a value of this data type cannot be captured */

@@ -74,20 +74,20 @@ typedef struct FieldRefX {
 
 /** Control block, I form. Members called reserved are room that the library does not use. */
 typedef struct CtrlBlkI {
-    BlockHeader header;   /**< the framework's; never read */
-    uint8_t blkCode;      /**< carried; KORV_IsZeroOrZeroLength reads it as its copy flag */
-    uint8_t reserved1[3]; /**< not used */
-    uint16_t blkAttr1;    /**< carried */
-    uint16_t blkAttr2;    /**< carried */
-    uint16_t blkAttr3;    /**< carried */
-    uint16_t blkAttr4;    /**< carried */
-    uint16_t blkAttr5;    /**< carried */
-    uint8_t blkFlag;      /**< carried */
-    uint32_t blkValue1;   /**< carried */
-    uint32_t blkValue2;   /**< carried */
-    FieldDefI* fieldDefs; /**< field list; empty when there are no fields */
-    uint32_t reserved2[2];           /**< not used */
-    uint32_t blkValue3;              /**< carried */
+    BlockHeader header;    /**< the framework's; never read */
+    uint8_t blkCode;       /**< carried; KORV_IsZeroOrZeroLength reads it as its copy flag */
+    uint8_t reserved1[3];  /**< not used */
+    uint16_t blkAttr1;     /**< carried */
+    uint16_t blkAttr2;     /**< carried */
+    uint16_t blkAttr3;     /**< carried */
+    uint16_t blkAttr4;     /**< carried */
+    uint16_t blkAttr5;     /**< carried */
+    uint8_t blkFlag;       /**< carried */
+    uint32_t blkValue1;    /**< carried */
+    uint32_t blkValue2;    /**< carried */
+    FieldDefI* fieldDefs;  /**< field list; empty when there are no fields */
+    uint32_t reserved2[2]; /**< not used */
+    uint32_t blkValue3;    /**< carried */
     struct ErrorAnchor* errorAnchor; /**< the request's error chain */
     uint32_t reserved3[10];          /**< not used */
     FieldRefI fieldRefs;             /**< first reference node; the others hang from its link */
@@ -181,9 +181,9 @@ typedef struct TextDesc {
     union {
         const wchar_t* wideText; /**< wide text */
         uint8_t flag;            /**< narrow text: the conversion flag, in the first byte */
-    } head;                 /**< by the text's mode */
-    int32_t codePage;       /**< of the narrow text, or KORV_CODEPAGE_NOT_GIVEN */
-    const char* narrowText; /**< narrow text */
+    } head;                      /**< by the text's mode */
+    int32_t codePage;            /**< of the narrow text, or KORV_CODEPAGE_NOT_GIVEN */
+    const char* narrowText;      /**< narrow text */
 } TextDesc;
 
 /** Mode of a narrow text, in FieldDesc::textMode and of CopyPrvStruct; any other is wide. */
@@ -218,7 +218,7 @@ typedef struct ParamDesc {
     union {
         uint32_t number;      /**< kind 1, and every opaque kind */
         const TextDesc* text; /**< kinds 2 and 3 */
-    } value;                 /**< by its kind */
+    } value;                  /**< by its kind */
 } ParamDesc;
 
 /** Provider description, read by CopyPrvStruct. */

@@ -19,33 +19,33 @@ extern "C" {
 
 /** Data type codes; they are stored in records and never change. 0, 11 and 12 are placeholders. */
 typedef enum KorvDataType {
-    CHAR = 1,                /**< fixed narrow text */
-    VARCHAR = 2,             /**< variable narrow text */
-    VARCHAR_SZ = 3,          /**< terminated narrow text */
-    WCHAR = 4,               /**< fixed wide text */
-    WVARCHAR = 5,            /**< variable wide text */
-    WVARCHAR_SZ = 6,         /**< terminated wide text */
-    LONG_LONG = 7,           /**< signed, 64 bits */
-    U_LONG_LONG = 8,         /**< unsigned, 64 bits */
-    INTEGER = 9,             /**< signed, 32 bits */
-    U_INTEGER = 10,          /**< unsigned, 32 bits */
-    DECIMAL_PACKED = 13,     /**< packed decimal, 16 bytes */
-    ODBC_DATE = 14,          /**< OdbcDate; counts 12 bytes */
-    ODBC_TIME = 15,          /**< counts 12 bytes */
-    ODBC_TIMESTAMP = 16,     /**< OdbcTimestamp; counts 20 bytes */
-    DATETIME_SZ = 17,        /**< date and time as terminated narrow text */
-    DATETIME_WSZ = 18,       /**< date and time as terminated wide text */
-    DOUBLE = 19,             /**< floating point, 64 bits */
-    FLOAT = 20,              /**< floating point, 32 bits */
-    SMALLINT = 21,           /**< signed, 16 bits */
-    USMALLINT = 22,          /**< unsigned, 16 bits */
-    TINYINT = 23,            /**< signed, 8 bits */
-    UTINYINT = 24,           /**< unsigned, 8 bits */
-    DATETIME_CHAR = 25,      /**< date and time as fixed narrow text */
-    DATETIME_VARCHAR = 26,   /**< date and time as variable narrow text */
-    DATETIME_WCHAR = 27,     /**< date and time as fixed wide text */
-    DATETIME_WVARCHAR = 28,  /**< date and time as variable wide text */
-    DATATYPE_101 = 101 /**< 50 bytes, text length 51, no catalogue name */
+    CHAR = 1,               /**< fixed narrow text */
+    VARCHAR = 2,            /**< variable narrow text */
+    VARCHAR_SZ = 3,         /**< terminated narrow text */
+    WCHAR = 4,              /**< fixed wide text */
+    WVARCHAR = 5,           /**< variable wide text */
+    WVARCHAR_SZ = 6,        /**< terminated wide text */
+    LONG_LONG = 7,          /**< signed, 64 bits */
+    U_LONG_LONG = 8,        /**< unsigned, 64 bits */
+    INTEGER = 9,            /**< signed, 32 bits */
+    U_INTEGER = 10,         /**< unsigned, 32 bits */
+    DECIMAL_PACKED = 13,    /**< packed decimal, 16 bytes */
+    ODBC_DATE = 14,         /**< OdbcDate; counts 12 bytes */
+    ODBC_TIME = 15,         /**< counts 12 bytes */
+    ODBC_TIMESTAMP = 16,    /**< OdbcTimestamp; counts 20 bytes */
+    DATETIME_SZ = 17,       /**< date and time as terminated narrow text */
+    DATETIME_WSZ = 18,      /**< date and time as terminated wide text */
+    DOUBLE = 19,            /**< floating point, 64 bits */
+    FLOAT = 20,             /**< floating point, 32 bits */
+    SMALLINT = 21,          /**< signed, 16 bits */
+    USMALLINT = 22,         /**< unsigned, 16 bits */
+    TINYINT = 23,           /**< signed, 8 bits */
+    UTINYINT = 24,          /**< unsigned, 8 bits */
+    DATETIME_CHAR = 25,     /**< date and time as fixed narrow text */
+    DATETIME_VARCHAR = 26,  /**< date and time as variable narrow text */
+    DATETIME_WCHAR = 27,    /**< date and time as fixed wide text */
+    DATETIME_WVARCHAR = 28, /**< date and time as variable wide text */
+    DATATYPE_101 = 101      /**< 50 bytes, text length 51, no catalogue name */
 } KorvDataType;
 
 /** ODBC date record, 6 bytes. A value of type ODBC_DATE counts 12. */

@@ -47,6 +47,8 @@ namespace korv {
 /* ---- Status ---------------------------------------------------------------------------------- */
 
 /** @cond */
+/* It takes lists of macros for one expression. */
+/* clang-format off */
 /* X(enumerator, constant) for every status of the library. */
 #define KORV_LIBRARY_STATUSES(X) \
     X(failure, KORV_FAILURE) X(success, KORV_SUCCESS) X(tokenBadId, KORV_TOKEN_BAD_ID) \
@@ -104,6 +106,7 @@ enum class [[nodiscard]] Status : int32_t {
 }
 #undef KORV_LIBRARY_STATUSES
 #undef KORV_COMPANION_STATUSES
+/* clang-format on */
 
 /** Whether a status means success. Two do: 0, and 65, which GetDataTypeLengths returns for a date
  * and time held as text.

@@ -77,15 +77,15 @@ typedef enum KorvMaskStatus {
 
 /** Codes of failed values that the engine finds. Codes below 9000 are the provider's. */
 typedef enum KorvMaskCode {
-    KORV_MASK_CODE_REQUEST = 9000,       /**< the request could not be made or converted */
-    KORV_MASK_CODE_NO_RECORD = 9001,     /**< the provider failed without an error of its own */
-    KORV_MASK_CODE_NO_RESULT = 9002,     /**< the provider set no result, or one elsewhere */
-    KORV_MASK_CODE_BAD_LENGTH = 9003,    /**< a result's length that cannot be */
-    KORV_MASK_CODE_BAD_TEXT = 9004,      /**< a result that is not valid text */
-    KORV_MASK_CODE_UNCHANGED = 9005,     /**< the masked value is the value; unchanged=error */
+    KORV_MASK_CODE_REQUEST = 9000,        /**< the request could not be made or converted */
+    KORV_MASK_CODE_NO_RECORD = 9001,      /**< the provider failed without an error of its own */
+    KORV_MASK_CODE_NO_RESULT = 9002,      /**< the provider set no result, or one elsewhere */
+    KORV_MASK_CODE_BAD_LENGTH = 9003,     /**< a result's length that cannot be */
+    KORV_MASK_CODE_BAD_TEXT = 9004,       /**< a result that is not valid text */
+    KORV_MASK_CODE_UNCHANGED = 9005,      /**< the masked value is the value; unchanged=error */
     KORV_MASK_CODE_SOURCE_WRITTEN = 9006, /**< the provider changed its source */
-    KORV_MASK_CODE_NOT_REPEATED = 9007,  /**< a second call gave another result */
-    KORV_MASK_CODE_BAD_SOURCE = 9008     /**< the value is not UTF-8 text or holds a zero byte */
+    KORV_MASK_CODE_NOT_REPEATED = 9007,   /**< a second call gave another result */
+    KORV_MASK_CODE_BAD_SOURCE = 9008      /**< the value is not UTF-8 text or holds a zero byte */
 } KorvMaskCode;
 
 /** Options of KorvMaskSettings::flags. */
@@ -100,16 +100,16 @@ typedef enum KorvMaskFlag {
     KORV_MASK_ALL_PROVIDERS = 4,
     /** The columns have no names of their own: rules address them as `@1`, `@2`, ... */
     KORV_MASK_UNNAMED_COLUMNS = 8,
-    /** Methods without a secret, which can be undone without one, are refused. From version 2 on. */
+    /** Methods without a secret are refused: they can be undone without one. From version 2 on. */
     KORV_MASK_STRICT = 16,
     /** The batches are masked values, and come back in clear. Refused unless all rules are KEEP or
      * promise PRV_PROMISE_REVERSIBLE. From version 2 on. */
     KORV_MASK_UNMASK = 32,
-    /** KorvMaskSettings::rules is one rule without its column, such as `CCN, secret=crm`. It belongs
-     * to the only column. Includes KORV_MASK_SOME_COLUMNS. From version 3 on. */
+    /** KorvMaskSettings::rules is one rule without its column, such as `CCN, secret=crm`. It
+     * belongs to the only column. Includes KORV_MASK_SOME_COLUMNS. From version 3 on. */
     KORV_MASK_ONE_RULE = 64,
-    /** The columns are some of those that the rules are for: a rule that fits none of them is not an
-     * error, and a rule may also read a column that is not among them. From version 3 on. */
+    /** The columns are some of those that the rules are for: a rule that fits none of them is not
+     * an error, and a rule may also read a column that is not among them. From version 3 on. */
     KORV_MASK_SOME_COLUMNS = 128
 } KorvMaskFlag;
 
@@ -124,8 +124,8 @@ typedef struct KorvMaskSecret {
 
 /** What KorvMaskOpen works with. Everything is read during the call only. */
 typedef struct KorvMaskSettings {
-    size_t size;     /**< sizeof(KorvMaskSettings) */
-    uint32_t flags;  /**< KorvMaskFlag, added up */
+    size_t size;                /**< sizeof(KorvMaskSettings) */
+    uint32_t flags;             /**< KorvMaskFlag, added up */
     uint32_t columnCount;       /**< number of columns */
     const char* const* columns; /**< their names, UTF-8, zero-terminated; may be NULL with
                                  * KORV_MASK_UNNAMED_COLUMNS */
@@ -141,9 +141,9 @@ typedef struct KorvMaskSettings {
 
     const KorvMaskSecret* secrets; /**< secrets; the caller wipes its copy when it likes */
     uint32_t secretCount;          /**< number of secrets */
-    const char* secretsFile; /**< path of a file with more secrets, or NULL: lines `name = value`, in
-                              * hexadecimal digits or base64. A file that others than its owner may
-                              * read, or that belongs to another user than this one or root, is
+    const char* secretsFile; /**< path of a file with more secrets, or NULL: lines `name = value`,
+                              * in hexadecimal digits or base64. A file that others than its owner
+                              * may read, or that belongs to another user than this one or root, is
                               * refused, and so is a name that is given twice */
 
     /* Version 3 */
@@ -179,8 +179,8 @@ typedef struct KorvMaskColumn {
                         * is the number of columns when KORV_MASK_SOME_COLUMNS is given and the
                         * column is not among them */
     uint32_t promises; /**< of the provider: PrvPromise, added up */
-    const char* onError; /**< "empty", "null", "const", "drop-row" or "abort" */
-    const char* module;  /**< path of the provider's module, or NULL */
+    const char* onError;      /**< "empty", "null", "const", "drop-row" or "abort" */
+    const char* module;       /**< path of the provider's module, or NULL */
     const char* const* files; /**< paths of the files that the rule names, such as lookup files */
     uint32_t fileCount;       /**< number of files */
 
@@ -201,8 +201,8 @@ typedef struct KorvMaskColumn {
 
 /** A loaded provider. It lives until KorvMaskClose. */
 typedef struct KorvMaskProvider {
-    const char* name;   /**< as the module gives it */
-    const char* module; /**< path of the module */
+    const char* name;             /**< as the module gives it */
+    const char* module;           /**< path of the module */
     const struct PrvEntry* entry; /**< the module's record, see korv/provider.h */
 } KorvMaskProvider;
 
@@ -260,15 +260,15 @@ typedef struct KorvMaskToken {
 
 /** Something that went wrong. It lives until KorvMaskClearRecords or KorvMaskClose. */
 typedef struct KorvMaskRecord {
-    int32_t status; /**< KorvMaskStatus; KORV_MASK_VALUES_FAILED for a failed value */
-    uint32_t code;  /**< the provider's error code or KorvMaskCode; 0 when not about a value */
-    uint64_t row;   /**< row of the value, counted from the call's firstRow, or KORV_MASK_NO_ROW */
+    int32_t status;  /**< KorvMaskStatus; KORV_MASK_VALUES_FAILED for a failed value */
+    uint32_t code;   /**< the provider's error code or KorvMaskCode; 0 when not about a value */
+    uint64_t row;    /**< row of the value, counted from the call's firstRow, or KORV_MASK_NO_ROW */
     uint32_t column; /**< index of the column, or KORV_MASK_NO_COLUMN */
-    uint32_t isFirst; /**< 1 for the first record of a failed value, 0 for its further ones */
-    uint32_t rulesLine; /**< line in the rules, from 1, or 0 */
+    uint32_t isFirst;       /**< 1 for the first record of a failed value, 0 for its further ones */
+    uint32_t rulesLine;     /**< line in the rules, from 1, or 0 */
     uint32_t rulesPosition; /**< character in that line, from 1, or 0 */
-    const char* message; /**< one line for people, UTF-8, with the place in the rules when there is
-                          * one, and with the tokens. It never holds a clear value */
+    const char* message;  /**< one line for people, UTF-8, with the place in the rules when there is
+                           * one, and with the tokens. It never holds a clear value */
     const char* provider; /**< name of the provider, or NULL */
     const KorvMaskToken* tokens; /**< its tokens */
     uint32_t tokenCount;         /**< number of tokens */
@@ -287,11 +287,12 @@ KORV_API uint32_t KorvMaskVersion(void);
  * read the records; it must be closed, too.
  *
  * @param      settings  rules, columns, folders
- * @param[out] mask      the handle; NULL when there is no memory for one, or for KORV_MASK_BAD_ARGUMENT
+ * @param[out] mask      the handle; NULL when there is no memory for one, or for
+ * KORV_MASK_BAD_ARGUMENT
  * @retval KORV_MASK_SUCCESS      open
- * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is of no version, a secret has
- *                                a name or a length that is not allowed, or KORV_MASK_ONE_RULE is
- *                                given without rules or with another number of columns than one
+ * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is of no version, a secret
+ * has a name or a length that is not allowed, or KORV_MASK_ONE_RULE is given without rules or with
+ * another number of columns than one
  * @retval KORV_MASK_BAD_RULES    see the records
  * @retval KORV_MASK_BAD_PROVIDER see the records
  * @retval KORV_MASK_NO_MEMORY    out of memory */

@@ -123,8 +123,8 @@ KORV_API int32_t PXTransposeNum(const char* input, char* output, int16_t length,
                                 int16_t shift);
 
 /** PXTransposeNumW is the wide twin of PXTransposeNum. @copydetails PXTransposeNum */
-KORV_API int32_t PXTransposeNumW(const wchar_t* input, wchar_t* output, int16_t length,
-                                 int32_t key, int16_t shift);
+KORV_API int32_t PXTransposeNumW(const wchar_t* input, wchar_t* output, int16_t length, int32_t key,
+                                 int16_t shift);
 
 /** PXGetPermutation writes a permutation of 1 to `count`, chosen by a key: key 7, count 4 gives
  * 4 2 3 1.

@@ -95,14 +95,14 @@ enum PrvOperandFlag {
  * It checks the bounds of a number. At most one operand of a provider may have
  * PRV_OPERAND_COLUMN. */
 typedef struct PrvOperand {
-    const char* key;  /**< capital letters, digits and underscores, a letter first; unique. The
-                       * engine's own keys are refused: TYPE, ON-ERROR, UNCHANGED; from version 3
-                       * on also METHOD, SCOPE, SECRET, UNIQUE */
-    uint16_t code;    /**< unique among the provider's operands */
-    uint16_t flags;   /**< PrvOperandFlag, added up */
-    int32_t kind;     /**< OprValueKind */
-    int32_t minimum;  /**< of an OPR_VALUE_INTEGER */
-    int32_t maximum;  /**< of an OPR_VALUE_INTEGER; not below minimum */
+    const char* key; /**< capital letters, digits and underscores, a letter first; unique. The
+                      * engine's own keys are refused: TYPE, ON-ERROR, UNCHANGED; from version 3
+                      * on also METHOD, SCOPE, SECRET, UNIQUE */
+    uint16_t code;   /**< unique among the provider's operands */
+    uint16_t flags;  /**< PrvOperandFlag, added up */
+    int32_t kind;    /**< OprValueKind */
+    int32_t minimum; /**< of an OPR_VALUE_INTEGER */
+    int32_t maximum; /**< of an OPR_VALUE_INTEGER; not below minimum */
 } PrvOperand;
 
 /** The meaning of an error's first code, for the engine's reports. */
@@ -138,10 +138,10 @@ typedef struct PrvEntry {
                                 * not read */
     const char* name; /**< the name in rules: capital letters, digits and underscores, a letter
                        * first, at most 31 characters; the `<name>` of the file in capitals */
-    const PrvOperand* operands;  /**< operandCount operands; may be NULL when there are none */
-    uint32_t operandCount;       /**< number of operands */
-    const PrvErrorText* errors;  /**< errorCount texts; may be NULL when there are none */
-    uint32_t errorCount;         /**< number of error texts */
+    const PrvOperand* operands; /**< operandCount operands; may be NULL when there are none */
+    uint32_t operandCount;      /**< number of operands */
+    const PrvErrorText* errors; /**< errorCount texts; may be NULL when there are none */
+    uint32_t errorCount;        /**< number of error texts */
 
     /** Reads the operands of a rule and makes the state that the other functions get.
      *

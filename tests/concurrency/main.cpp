@@ -78,7 +78,8 @@ int faultsOf(const Run& run) {
 
 }  // namespace
 
-// What libc and the loader do by themselves they guard by locks that the thread sanitizer cannot see.
+// What libc and the loader do by themselves they guard by locks that the thread sanitizer cannot
+// see.
 extern "C" const char* __tsan_default_suppressions() {
     return "called_from_lib:libc.so.6\ncalled_from_lib:ld-linux-x86-64.so.2\n";
 }

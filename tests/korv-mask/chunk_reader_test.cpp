@@ -183,7 +183,8 @@ TEST(ChunkReader, RowsDoNotDependOnTheBlocksOfChunks) {
             if (random() % 3 == 0) text += ",\"" + std::string(random() % 80, '\n') + "\"";
             text += random() % 2 ? "\r\n" : "\n";
         }
-        const reference::CsvRows expected = reference::CsvReader(text, ',', ChunkReader::kLongestRow).read();
+        const reference::CsvRows expected =
+            reference::CsvReader(text, ',', ChunkReader::kLongestRow).read();
         for (const size_t size : {16, 31, 63, 64, 65, 127, 128, 129, 300, 999}) {
             TextSource source(text);
             ChunkReader reader(source, "in.csv", size);

@@ -2,8 +2,9 @@
  *
  *     mask_table COLUMNS RULES SECRETS <table.fields >masked.fields
  *
- * The table is a row of COLUMNS names and rows of values. Every field ends with a zero byte; one byte 0xFF
- * stands for NULL. Faults go to standard error, one a line: row, column, code and message between tabs. */
+ * The table is a row of COLUMNS names and rows of values. Every field ends with a zero byte; one
+ * byte 0xFF stands for NULL. Faults go to standard error, one a line: row, column, code and message
+ * between tabs. */
 #include <korv/mask.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -104,9 +105,9 @@ int main(int argc, char** argv) {
     for (i = 0; i < count; ++i) columns[i] = columnOf(all + count + i, rows, count);
     for (i = 0; i < count; ++i) {
         const uint32_t related = KorvMaskGetColumn(mask, (uint32_t)i)->related;
-        const int32_t status = KorvMaskBatch(mask, (uint32_t)i, 1, &columns[i].strings,
-                                             related == KORV_MASK_NO_COLUMN ? NULL : &columns[related].strings,
-                                             &results[i]);
+        const int32_t status = KorvMaskBatch(
+            mask, (uint32_t)i, 1, &columns[i].strings,
+            related == KORV_MASK_NO_COLUMN ? NULL : &columns[related].strings, &results[i]);
         if (status != KORV_MASK_SUCCESS && status != KORV_MASK_VALUES_FAILED) return 2;
     }
     for (row = 0; row < rows; ++row) {
