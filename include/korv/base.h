@@ -1,19 +1,19 @@
 /** @file
- * Shared ground of every korv header: linkage, the block header, status codes, conventions. */
+ * What every korv header includes: linkage, the block header, status codes, conventions. */
 
 /** @page conventions Conventions
  *
- * They hold for every function unless its own comment says otherwise.
+ * They apply to every function unless its own comment says otherwise.
  *
- *  1. **Results.** A function that can fail returns a signed 32-bit status: 0 is success (and 65
- *     that of GetDataTypeLengths), the others are named in KorvStatus, but for the companion's,
- *     which are passed on. Nothing is logged and nothing is thrown.
- *  2. **Failure.** On failure an output is left as it was. Where members of a record have been
+ *  1. **Results.** A function that can fail returns a signed 32-bit status. 0 means success, and so
+ *     does 65 from GetDataTypeLengths. Other codes are listed in KorvStatus. Codes of the companion
+ *     library are returned unchanged. Nothing is logged and nothing is thrown.
+ *  2. **Failure.** On failure an output is left as it was. If members of a record have been
  *     written before the failure, the function's comment says which.
- *  3. **Null.** "Empty" means a null pointer. A pointer is tested only where the comment promises a
- *     status for it; every other pointer must be valid.
- *  4. **Lengths.** "Bytes" are bytes, "characters" are units of the text at hand: 1 byte in narrow
- *     text, 4 bytes (wchar_t) in wide text. A length passed with a buffer is trusted.
+ *  3. **NULL.** A function tests a pointer for NULL only where its comment lists a status for that;
+ *     every other pointer must be valid. "Empty" means an empty string or list, never NULL.
+ *  4. **Lengths.** A length counts bytes or characters. A character is one unit of the text: 1 byte
+ *     in narrow text, 4 bytes (wchar_t) in wide text. A length passed with a buffer is trusted.
  *  5. **Ownership.** The caller owns what it passes. Records, texts and buffers that the library
  *     allocates are blocks of the process heap; the comment names the function that releases them,
  *     or says that the caller uses free().
@@ -39,7 +39,7 @@
 #if defined(__GNUC__)
 /** Before the declaration of what the library exports. */
 #define KORV_API __attribute__((visibility("default")))
-/** Behind a constant that each module has a copy of, needed or not. */
+/** After the declarator of a constant of which each module has a copy, used or not. */
 #define KORV_UNUSED __attribute__((unused))
 #else
 #define KORV_API
@@ -56,12 +56,12 @@ typedef char korv_wchar_has_4_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 
 /** Every status of the library. The numbers are stored by callers and never change. */
 typedef enum KorvStatus {
-    KORV_FAILURE = -1,       /**< an argument is empty, or the step that the comment names failed */
+    KORV_FAILURE = -1,       /**< an argument is NULL, or the step that the comment names failed */
     KORV_SUCCESS = 0,        /**< done */
     KORV_TOKEN_BAD_ID = 1,   /**< token identifier outside the catalogue */
     KORV_TOKEN_NO_SLOT = 2,  /**< the newest error record takes no tokens */
     KORV_TOKEN_BAD_TYPE = 3, /**< a value of this data type cannot be captured */
-    KORV_TYPE_NO_FIELD = 48, /**< the field definition is empty */
+    KORV_TYPE_NO_FIELD = 48, /**< the field definition is NULL */
     KORV_TYPE_UNKNOWN = 49,  /**< no such data type, or one without a size */
     KORV_TYPE_VARIABLE = 50, /**< the length depends on the value */
     KORV_TYPE_DATETIME = 65, /**< success: the length of a date and time held as text */
@@ -74,7 +74,7 @@ typedef enum KorvStatus {
     KORV_NO_MEMORY_FIELD = 99,        /**< X field definition */
     KORV_NO_MEMORY_REFERENCE = 100,   /**< X field reference node */
     KORV_NO_MEMORY_OPERAND = 102,     /**< X operand definition */
-    KORV_NO_MEMORY_BUFFER = 106,      /**< work buffer; the caller's pointer is now null */
+    KORV_NO_MEMORY_BUFFER = 106,      /**< work buffer; the caller's pointer is now NULL */
     KORV_BAD_BUFFER_SIZE = 107        /**< work buffer of less than 1 byte */
 } KorvStatus;
 

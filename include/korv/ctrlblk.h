@@ -27,7 +27,7 @@ struct ErrorAnchor;
 
 /** Field definition, I form: one data item that a provider works on. 56 bytes. */
 typedef struct FieldDefI {
-    struct FieldDefI* link; /**< next field definition; empty at the end */
+    struct FieldDefI* link; /**< next field definition; NULL at the end */
     BlockHeader header;     /**< the framework's; never read */
     int16_t dataType;       /**< data type code, korv/datatypes.h */
     uint32_t length;        /**< declared length; characters for character types */
@@ -37,14 +37,14 @@ typedef struct FieldDefI {
     uint8_t fldFlag;        /**< carried */
     uint32_t fldExtra;      /**< I form only; not copied into the X form */
     wchar_t* wideText;      /**< zero-terminated; owned by this record */
-    char* narrowText;       /**< the same text, terminated, or empty when the source was wide */
+    char* narrowText;       /**< the same text, terminated, or NULL when the source was wide */
     int32_t wideTextLen;    /**< bytes of the wideText buffer, terminator included */
     int32_t narrowTextLen;  /**< bytes of the narrowText buffer, terminator included */
 } FieldDefI;
 
 /** Field definition, X form: header "FLDX", 21, 52. Owned by the control block that lists it. */
 typedef struct FieldDefX {
-    struct FieldDefX* link; /**< next field definition; empty at the end */
+    struct FieldDefX* link; /**< next field definition; NULL at the end */
     BlockHeader header;     /**< "FLDX", 21, 52 */
     int16_t dataType;       /**< data type code, korv/datatypes.h */
     uint32_t length;        /**< declared length; characters for character types */
@@ -60,14 +60,14 @@ typedef struct FieldDefX {
 
 /** Field reference, I form: picks a field out of the block's list by position. */
 typedef struct FieldRefI {
-    struct FieldRefI* link; /**< next reference; empty at the end */
+    struct FieldRefI* link; /**< next reference; NULL at the end */
     int16_t fieldPos;       /**< position in the field list, from 0 */
     FieldDefI* fieldDef;    /**< the field there; read by KORV_IsZeroOrZeroLength, not converted */
 } FieldRefI;
 
 /** Field reference, X form. */
 typedef struct FieldRefX {
-    struct FieldRefX* link; /**< next reference; empty at the end */
+    struct FieldRefX* link; /**< next reference; NULL at the end */
     uint16_t fieldPos;      /**< position in the field list, as the I form has it */
     FieldDefX* fieldDef;    /**< borrowed from the block's field list */
 } FieldRefX;
@@ -85,7 +85,7 @@ typedef struct CtrlBlkI {
     uint8_t blkFlag;       /**< carried */
     uint32_t blkValue1;    /**< carried */
     uint32_t blkValue2;    /**< carried */
-    FieldDefI* fieldDefs;  /**< field list; empty when there are no fields */
+    FieldDefI* fieldDefs;  /**< field list; NULL when there are no fields */
     uint32_t reserved2[2]; /**< not used */
     uint32_t blkValue3;    /**< carried */
     struct ErrorAnchor* errorAnchor; /**< the request's error chain */
@@ -94,7 +94,7 @@ typedef struct CtrlBlkI {
 } CtrlBlkI;
 
 /** Control block, X form: header "BLKX", 21, 56. It owns its field list and the reference nodes
- * behind the embedded one. */
+ * after the embedded one. */
 typedef struct CtrlBlkX {
     BlockHeader header;   /**< "BLKX", 21, 56 */
     uint8_t blkCode;      /**< carried */
@@ -124,7 +124,7 @@ typedef enum OprValueKind {
 /** Operand definition, one layout for both forms: a parameter of a service.
  * X form: header "OPRX", 21, 72; its texts are shared with the I record. */
 typedef struct OprDef {
-    struct OprDef* link;     /**< next operand; empty at the end */
+    struct OprDef* link;     /**< next operand; NULL at the end */
     BlockHeader header;      /**< X form: "OPRX", 21, 72 */
     uint16_t oprCode;        /**< carried */
     wchar_t* oprText;        /**< zero-terminated; owned by the I record */
@@ -188,7 +188,7 @@ typedef struct TextDesc {
 
 /** Mode of a narrow text, in FieldDesc::textMode and of CopyPrvStruct; any other is wide. */
 #define KORV_TEXT_NARROW 'M'
-/** ParamDesc::oprTextMode: a wide text is present; any other is none. */
+/** ParamDesc::oprTextMode: a wide text is present. With any other mode there is no operand text. */
 #define KORV_TEXT_WIDE 'W'
 
 /** Field description, read by CopyFieldStruct. */
@@ -202,7 +202,7 @@ typedef struct FieldDesc {
     uint8_t fldFlag;       /**< carried */
     int32_t textLen;       /**< bytes of the text, without terminator */
     uint8_t textMode;      /**< KORV_TEXT_NARROW, or wide */
-    const TextDesc* text;  /**< the text, or empty */
+    const TextDesc* text;  /**< the text, or NULL */
 } FieldDesc;
 
 /** Parameter description, read by CopyParamsStruct. */
@@ -251,19 +251,20 @@ typedef struct PrvRecord {
 /** KORVCnvCtrlBlkFromIToX fills an X block from an I block: header, carried members, a field
  * definition for each field, and a reference node for each reference.
  *
- * Written: everything but reserved1 and blkSlot. With an empty I field list fieldDefs stays as the
- * caller set it; a list that it held before is otherwise dropped, not released. Reference nodes
- * that already hang from the X block are filled again; nodes beyond the last I node stay linked.
+ * Every member is written except reserved1 and blkSlot. If the I block has no fields, fieldDefs
+ * stays as the caller set it. Otherwise fieldDefs is overwritten, and a list that it held before is
+ * not released. Reference nodes that are already linked to the X block are filled again; nodes
+ * after the counterpart of the last I node stay linked.
  *
  * A reference's fieldDef is found by fieldPos steps from the block's first field. Zero and negative
  * positions name the first field. A position past the end of the list gives the address one
- * FieldDefX beyond the last record, never an empty pointer: it may be compared, not read. In a
- * block without fields every fieldDef is empty.
+ * FieldDefX beyond the last record, never NULL: it may be compared, but not read. In a block
+ * without fields every fieldDef is NULL.
  *
- * When memory runs out the X block has no fields and no nodes behind the embedded one (all are
- * released, also those that the caller had put there), while header and carried members stay
- * written; after KORV_NO_MEMORY_REFERENCE the embedded node's fieldDef names a released record.
- * CleanCtrlBlkX releases what was built.
+ * If memory runs out, the X block has no fields and no nodes after the embedded one: all are
+ * released, including those that the caller had put there. The header and the carried members
+ * remain written. After KORV_NO_MEMORY_REFERENCE the fieldDef of the embedded node points to a
+ * released record. CleanCtrlBlkX releases what was built.
  *
  * @code
  * CtrlBlkX* block = calloc(1, sizeof *block);
@@ -276,17 +277,18 @@ typedef struct PrvRecord {
  * @param      source  the framework's block
  * @param[out] target  zero-filled; taken from malloc(), if CleanCtrlBlkX is to release it
  * @retval KORV_SUCCESS             converted
- * @retval KORV_FAILURE             an argument is empty; nothing is written
+ * @retval KORV_FAILURE             an argument is NULL; nothing is written
  * @retval KORV_NO_MEMORY_FIELD     no memory for a field definition
  * @retval KORV_NO_MEMORY_REFERENCE no memory for a reference node */
 KORV_API int32_t KORVCnvCtrlBlkFromIToX(const CtrlBlkI* source, CtrlBlkX* target);
 
-/** KORVCnvFieldDefFromIToX fills one X field definition and empties its link. The texts are shared.
+/** KORVCnvFieldDefFromIToX fills one X field definition. Its link becomes NULL. The texts are
+ * shared.
  *
  * @param      source  the framework's field
  * @param[out] target  the provider's
  * @retval KORV_SUCCESS converted
- * @retval KORV_FAILURE an argument is empty; nothing is written */
+ * @retval KORV_FAILURE an argument is NULL; nothing is written */
 KORV_API int32_t KORVCnvFieldDefFromIToX(const FieldDefI* source, FieldDefX* target);
 
 /** KORVCnvOprDefFromIToX fills one X operand. The texts are shared; the link is not touched.
@@ -294,25 +296,26 @@ KORV_API int32_t KORVCnvFieldDefFromIToX(const FieldDefI* source, FieldDefX* tar
  * @param      source  the framework's operand
  * @param[out] target  the provider's
  * @retval KORV_SUCCESS converted
- * @retval KORV_FAILURE an argument is empty; nothing is written */
+ * @retval KORV_FAILURE an argument is NULL; nothing is written */
 KORV_API int32_t KORVCnvOprDefFromIToX(const OprDefI* source, OprDefX* target);
 
 /** KORVCnvSvcDefFromIToX fills an X service definition with an X operand for each I operand, and
- * borrows the field list of a block. An operand list that it held before is dropped, not released.
- * CleanSvcDefX releases what was built.
+ * borrows the field list of a block. An operand list that it held before is overwritten, not
+ * released. CleanSvcDefX releases what was built.
  *
  * @param      block   must be valid and should be converted already
  * @param      source  the framework's service definition
  * @param[out] target  zero-filled; taken from malloc(), if CleanSvcDefX is to release it
  * @retval KORV_SUCCESS           converted
- * @retval KORV_FAILURE           source or target is empty; nothing is written
- * @retval KORV_NO_MEMORY_OPERAND no memory for an operand: oprDefs is released and empty, the other
- *                                members are written */
+ * @retval KORV_FAILURE           source or target is NULL; nothing is written
+ * @retval KORV_NO_MEMORY_OPERAND no memory for an operand: oprDefs is released and set to NULL, the
+ *                                other members are written */
 KORV_API int32_t KORVCnvSvcDefFromIToX(const CtrlBlkX* block, const SvcDefI* source,
                                        SvcDefX* target);
 
-/** DuplicateFieldDefI makes a deep copy of a field definition, with an empty link. A text whose
- * length is zero or negative is left empty in the copy. Note the order: target first.
+/** DuplicateFieldDefI makes a deep copy of a field definition, whose link is NULL. A text whose
+ * length is zero or negative is not copied: its pointer is NULL in the copy. Note the order of the
+ * arguments: target first.
  *
  * When memory runs out, no text is left in the copy, and its other members are written.
  *
@@ -320,7 +323,7 @@ KORV_API int32_t KORVCnvSvcDefFromIToX(const CtrlBlkX* block, const SvcDefI* sou
  *                     overwritten, not released
  * @param      source  the field
  * @retval KORV_SUCCESS               copied
- * @retval KORV_FAILURE               an argument is empty; nothing is written
+ * @retval KORV_FAILURE               an argument is NULL; nothing is written
  * @retval KORV_NO_MEMORY_NARROW_TEXT no memory for the narrow text
  * @retval KORV_NO_MEMORY_WIDE_TEXT   no memory for the wide text */
 KORV_API int32_t DuplicateFieldDefI(FieldDefI* target, const FieldDefI* source);
@@ -330,20 +333,20 @@ KORV_API int32_t DuplicateFieldDefI(FieldDefI* target, const FieldDefI* source);
 /** CleanCtrlBlkX releases the field list, the chained reference nodes and the block itself. Texts
  * are not touched.
  *
- * @param block  from malloc(), or empty; no longer valid behind the call
+ * @param block  from malloc(), or NULL; invalid after the call
  * @retval KORV_SUCCESS always */
 KORV_API int32_t CleanCtrlBlkX(CtrlBlkX* block);
 
 /** CleanSvcDefX releases the operand list and the service definition itself. Texts and the borrowed
  * field list are not touched.
  *
- * @param service  from malloc(), or empty; no longer valid behind the call
+ * @param service  from malloc(), or NULL; invalid after the call
  * @retval KORV_SUCCESS always */
 KORV_API int32_t CleanSvcDefX(SvcDefX* service);
 
 /** CleanParamsX releases a list of X operands. Texts are not touched.
  *
- * @param first  the first operand, or empty; no longer valid behind the call
+ * @param first  the first operand, or NULL; invalid after the call
  * @retval KORV_SUCCESS always */
 KORV_API int32_t CleanParamsX(OprDefX* first);
 
@@ -353,12 +356,13 @@ KORV_API int32_t CleanParamsX(OprDefX* first);
  * text with its length when oprTextMode is KORV_TEXT_WIDE, and the value by its kind.
  *
  * oprValue1, oprFlag, oprValue2, link and header are not touched; nor are members of other kinds of
- * value. An empty text value, or one of length 0, empties the kind's text members and lengths.
+ * value. If the text of the value is NULL or its length is 0, the text members of the kind become
+ * NULL and their lengths 0.
  *
  * Texts are copied into buffers of the process heap that the target owns and the caller releases
  * with free(). Nothing is rolled back on failure: members and buffers written before it stay in the
- * target, and a buffer that could not be had is stored as empty. Where a narrow text is widened,
- * its descriptor's own code page and flag are used, or, when that code page is
+ * target, and the pointer to a buffer that could not be allocated becomes NULL. When a narrow text
+ * is widened, the code page and flag of its descriptor are used, or, if that code page is
  * KORV_CODEPAGE_NOT_GIVEN, the defaults.
  *
  * @param         source           value.text must be a valid descriptor for kinds 2 and 3 with a
@@ -376,12 +380,12 @@ KORV_API int32_t CopyParamsStruct(const ParamDesc* source, OprDefI* target,
 
 /** CopyFieldStruct fills a field definition from a field description.
  *
- * link, header and fldExtra are not touched. With an empty descriptor or text the text members are
- * not touched either. A wide text leaves narrowText and narrowTextLen as they were. A wide text is
- * copied whatever length it is given; a negative one copies nothing, and one below -4 gives
+ * link, header and fldExtra are not touched. If the descriptor or its text is NULL, the text
+ * members are not touched either. A wide text leaves narrowText and narrowTextLen as they were. The
+ * length of a wide text is not checked: a negative length copies nothing, and one below -4 gives
  * KORV_NO_MEMORY_WIDE_TEXT.
  *
- * Ownership, failure and widening are as of CopyParamsStruct.
+ * Ownership, failure and widening are as described for CopyParamsStruct.
  *
  * @param         source           the description
  * @param[in,out] target           the field
@@ -395,12 +399,12 @@ KORV_API int32_t CopyParamsStruct(const ParamDesc* source, OprDefI* target,
 KORV_API int32_t CopyFieldStruct(const FieldDesc* source, FieldDefI* target,
                                  uint32_t defaultCodePage, uint8_t defaultFlag);
 
-/** CopyPrvStruct fills a provider record. Note the order: target first.
+/** CopyPrvStruct fills a provider record. Note the order of the arguments: target first.
  *
  * With text mode KORV_TEXT_NARROW the texts are narrowed by the companion library into the caller's
  * two buffers; otherwise they are copied as wide text, at most capacity / 4 characters: a shorter
  * text is padded with zeros, a longer one is cut and then not terminated. After a failure of text
- * 1, text 2 is not tried; members written before stay.
+ * 1, text 2 is not converted; members written before remain written.
  *
  * @param[in,out] target    the record, with its buffers and their capacities
  * @param         source    the description
@@ -414,8 +418,8 @@ KORV_API int32_t CopyPrvStruct(PrvRecord* target, const PrvDesc* source, uint32_
 
 /* ---- Providers ------------------------------------------------------------------------------- */
 
-/** GetProviderID returns the number of a masking provider. The irregular numbers are as providers
- * know them:
+/** GetProviderID returns the number of a masking provider. The numbers are irregular, as providers
+ * expect them:
  *
  *     CCN 1, NID 2, EML 3, AFF 4, COL 4, AGE 6, HASH 5, LKP 7, DSWAP 8, CDSWAP 10, DDSWAP 9
  *

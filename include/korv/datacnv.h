@@ -1,9 +1,9 @@
 /** @file
  * Interface of the companion conversion library, libKORVDataCnvLib.
  *
- * The framework has a library of this name of its own. The one built here is a stand-in with the
- * same interface: the support library links against it, and whoever has the framework's own puts
- * that in its place at load time.
+ * The framework has its own library of this name. The one built here is a stand-in with the same
+ * interface, which the support library links against. If you have the framework's own library, load
+ * that one instead.
  *
  * Common to the text and integer conversions are
  * - source: the value;
@@ -12,17 +12,18 @@
  * - targetCapacity: its size in bytes, terminator included; nothing is written past it, and a
  *   partial unit at its end is not used;
  * - outLen: receives the characters written, terminator not counted;
- * - options: code page and flag of the narrow text, or null: then each narrow byte is one ISO
+ * - options: code page and flag of the narrow text, or NULL: then each narrow byte is one ISO
  *   8859-1 character.
  *
  * Every function returns a CnvStatus. On failure the target holds nothing but a terminator (if it
- * has room for one) and *outLen is left alone. Of several faults the first from the start of the
- * text is reported; a target without room for a terminator, and a bad length, come before all of
- * them. Values need not be aligned where they may stand behind a length prefix or inside a row:
- * variable text and integers. All functions may run in any number of threads at once.
+ * has room for one) and *outLen is left alone. If there are several faults, the first one from the
+ * start of the text is reported; a target without room for a terminator, and a bad length, are
+ * reported before all of them. Variable text and integers need not be aligned, because they may
+ * follow a length prefix or be part of a row. All functions may run in any number of threads at
+ * once.
  *
  * Numbers of code pages are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Whatever the
- * system's iconv knows as CPn or IBMn is available, and besides
+ * system's iconv knows as CPn or IBMn is available, and also
  * - 819, 28591: ISO 8859-1;
  * - 367, 20127: ASCII;
  * - 28592 - 28605: ISO 8859-2 to 8859-15;
@@ -44,8 +45,8 @@
 extern "C" {
 #endif
 
-/** Conversion options: the members that the support library sets, behind room that belongs to the
- * companion library. The stand-in ignores the flag and the room. */
+/** Conversion options: the members that the support library sets, after space that belongs to the
+ * companion library. The stand-in ignores the flag and that space. */
 typedef struct CnvOptions {
     uint32_t reserved1[7]; /**< the companion's; the support library passes zeros */
     uint32_t codePage;     /**< a number of the list above */
@@ -72,7 +73,7 @@ typedef enum CnvStatus {
  * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
  *                             is not used
  * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; null: each byte is one ISO 8859-1
+ * @param      options         code page and flag of the text; NULL: each byte is one ISO 8859-1
  *                             character
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
@@ -94,7 +95,7 @@ KORV_API int32_t KORVCnvCharToWVarcharSz(const char* source, const uint32_t* sou
  * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
  *                             is not used
  * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; null: each byte is one ISO 8859-1
+ * @param      options         code page and flag of the text; NULL: each byte is one ISO 8859-1
  *                             character
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
@@ -115,7 +116,7 @@ KORV_API int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t* 
  * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
  *                             is not used
  * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; null: each byte is one ISO 8859-1
+ * @param      options         code page and flag of the text; NULL: each byte is one ISO 8859-1
  *                             character
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
@@ -240,7 +241,7 @@ KORV_API int32_t KORVCnvSmallUIntToWVarcharSz(const uint16_t* source, const uint
  *                             for one
  * @param      targetCapacity  bytes of the target, terminator included
  * @param[out] outLen          bytes written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; null: ISO 8859-1
+ * @param      options         code page and flag of the text; NULL: ISO 8859-1
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
  * @retval CNV_MALFORMED_SOURCE  not text of its code page or form

@@ -102,16 +102,16 @@ typedef enum KorvProcessingClass {
  * and a constant for every other type. An ODBC date and time count 12 bytes, a timestamp 20,
  * although their records are smaller.
  *
- * @param      field  the field, or empty
+ * @param      field  the field, or NULL
  * @param[out] bytes  the size; left alone on failure
  * @retval KORV_SUCCESS       stored
- * @retval KORV_TYPE_NO_FIELD the field is empty
+ * @retval KORV_TYPE_NO_FIELD the field is NULL
  * @retval KORV_TYPE_UNKNOWN  the type has no size */
 KORV_API int32_t GetDataTypeBytes(const FieldDefI* field, uint32_t* bytes);
 
 /** GetDataTypeLengths stores the length in characters of the text form of a field's type.
  *
- * @param      field   the field, which must not be empty
+ * @param      field   the field, which must not be NULL
  * @param[out] length  characters; left alone where no length is stored
  * @retval KORV_SUCCESS       stored
  * @retval KORV_TYPE_DATETIME stored, 50: one of the DATETIME_ types
@@ -123,7 +123,7 @@ KORV_API int32_t GetDataTypeLengths(const FieldDefI* field, uint32_t* length);
  * "11" and "12".
  *
  * @param code  data type code
- * @return constant text, or null for a code outside 1 to 28 */
+ * @return constant text, or NULL for a code outside 1 to 28 */
 KORV_API const char* KORVGetDataTypeName(int16_t code);
 
 /** KORV_IsCharacterDatatype tells whether a type is narrow text.
@@ -191,22 +191,23 @@ KORV_API int32_t KORV_IsZeroOrZeroLength(const CtrlBlkI* context, ValueRecord* v
 
 /** KORVAllocateBuffer makes *buffer a zeroed block, resizing the block that it holds, if any.
  *
- * @param[in,out] buffer   a block of the process heap, or null; the caller releases it with free()
+ * @param[in,out] buffer   a block of the process heap, or NULL; the caller releases it with free()
  * @param[in,out] size     bytes of the block
- * @param         newSize  bytes of the block behind the call
+ * @param         newSize  bytes of the block after the call
  * @retval KORV_SUCCESS          done; *size is newSize
  * @retval KORV_BAD_BUFFER_SIZE  newSize is below 1 (nothing changes)
- * @retval KORV_NO_MEMORY_BUFFER no memory: *buffer is null, *size as it was, and a block held
- *                               before is no longer referenced and lost to the caller */
+ * @retval KORV_NO_MEMORY_BUFFER no memory: *buffer is NULL and *size is as it was. A block that
+ *                               *buffer held before is not released, and its address is lost */
 KORV_API int32_t KORVAllocateBuffer(void** buffer, uint32_t* size, int32_t newSize);
 
-/** KORVAllocateBuffer1 is KORVAllocateBuffer that can keep the contents of a block that grows.
+/** KORVAllocateBuffer1 does the same as KORVAllocateBuffer, and can keep the contents of a block
+ * that grows.
  *
- * @param[in,out] buffer   a block of the process heap, or null; the caller releases it with free()
+ * @param[in,out] buffer   a block of the process heap, or NULL; the caller releases it with free()
  * @param[in,out] size     bytes of the block
- * @param         newSize  bytes of the block behind the call
+ * @param         newSize  bytes of the block after the call
  * @param         keep     exactly 1: only the bytes from the old *size on are zeroed, and none when
- *                         newSize is below it; a buffer that was null is zeroed as a whole
+ *                         newSize is below it; if *buffer was NULL, all of it is zeroed
  * @retval KORV_SUCCESS          done; *size is newSize
  * @retval KORV_BAD_BUFFER_SIZE  newSize is below 1 (nothing changes)
  * @retval KORV_NO_MEMORY_BUFFER as KORVAllocateBuffer */
@@ -214,23 +215,23 @@ KORV_API int32_t KORVAllocateBuffer1(void** buffer, uint32_t* size, int32_t newS
 
 /* ---- Digits and days ------------------------------------------------------------------------- */
 
-/** KORVGetIntDigitCount adds the number of decimal digits of a value, sign apart, to a counter.
- * Zero has none.
+/** KORVGetIntDigitCount adds the number of decimal digits of a value, without its sign, to a
+ * counter. Zero counts as no digit.
  *
  * @param         value    the value
  * @param[in,out] counter  the counter
  * @retval KORV_SUCCESS always */
 KORV_API int32_t KORVGetIntDigitCount(int32_t value, uint32_t* counter);
 
-/** KORVGetLongLongDigitCount is KORVGetIntDigitCount for a 64-bit value.
+/** KORVGetLongLongDigitCount does the same as KORVGetIntDigitCount for a 64-bit value.
  * @copydetails KORVGetIntDigitCount */
 KORV_API int32_t KORVGetLongLongDigitCount(int64_t value, uint32_t* counter);
 
 /** KORVIntSYBToODBC stores the date of a Sybase day number: days since 1900-01-01, proleptic
  * Gregorian.
  *
- * Exact from 0001-01-01 (day -693595) to 9999-12-31 (day 2958463); outside, the result is what the
- * 16-bit steps of the calculation give.
+ * Exact from 0001-01-01 (day -693595) to 9999-12-31 (day 2958463). For other days the result is
+ * what the 16-bit steps of the calculation give.
  *
  * @param      day   the day number
  * @param[out] date  the date */

@@ -23,13 +23,13 @@ extern "C" {
 /** One message token of an error. */
 typedef struct TokenSlot {
     uint32_t tokenId; /**< KorvTokenId; 0 while the slot is unused */
-    wchar_t* text;    /**< zero-terminated; owned by the record; empty when the capture failed */
+    wchar_t* text;    /**< zero-terminated; owned by the record; NULL when the capture failed */
 } TokenSlot;
 
 /** One error. Header "ECBD", 21, and always the length 32, whatever the number of slots. Note that
  * the second code precedes the first. */
 typedef struct ErrorRecord {
-    struct ErrorRecord* next; /**< the next error; empty in the newest */
+    struct ErrorRecord* next; /**< the next error; NULL in the newest */
     BlockHeader header;       /**< "ECBD", 21, 32 */
     int16_t tokenSlotCount;   /**< as given by the caller, 0 and negative included */
     uint32_t secondCode;      /**< the caller's, as firstCode */
@@ -39,8 +39,8 @@ typedef struct ErrorRecord {
 
 /** Head of a request's error chain. The sizes tell how many bytes one flattened error needs. */
 typedef struct ErrorAnchor {
-    ErrorRecord* head;    /**< empty while there is no error */
-    ErrorRecord* tail;    /**< the newest record; meaningful while head is not empty */
+    ErrorRecord* head;    /**< NULL while there is no error */
+    ErrorRecord* tail;    /**< the newest record; meaningful while head is not NULL */
     uint32_t recordCount; /**< records opened since the anchor was zeroed */
     uint32_t largestSize; /**< bytes: the largest value of currentSize so far */
     uint32_t currentSize; /**< bytes accounted for the newest record */
@@ -57,15 +57,15 @@ typedef struct ErrorAnchor {
  * @param         secondCode  stored as it is
  * @param         slotCount   stored as it is, 0 and negative included
  * @retval KORV_SUCCESS appended
- * @retval KORV_FAILURE the anchor is empty (nothing is changed), or no memory: then the chain and
+ * @retval KORV_FAILURE the anchor is NULL (nothing is changed), or no memory: then the chain and
  *                      recordCount are unchanged, and currentSize is the size of the record that
- *                      could not be had */
+ *                      could not be allocated */
 KORV_API int32_t ErrorCaptureEAB(ErrorAnchor* anchor, uint32_t firstCode, uint32_t secondCode,
                                  int16_t slotCount);
 
-/** ErrorCapture is ErrorCaptureEAB for the error anchor of a block.
+/** ErrorCapture calls ErrorCaptureEAB for the error anchor of a block.
  *
- * @param block       must not be empty; its errorAnchor may
+ * @param block       must not be NULL; its errorAnchor may be NULL
  * @param firstCode   stored as it is
  * @param secondCode  stored as it is
  * @param slotCount   stored as it is, 0 and negative included
@@ -78,35 +78,35 @@ KORV_API int32_t ErrorCapture(const CtrlBlkI* block, uint32_t firstCode, uint32_
  *
  * Three kinds of text are not released: one captured under identifier 0, one in
  * tokenSlots[tokenSlotCount], and one that a later capture has replaced (see TokenCaptureEAB). A
- * caller that makes them frees them itself, the last kind before it is replaced.
+ * caller that makes such texts frees them itself, a text of the last kind before it is replaced.
  *
- * @param anchor  from malloc(), or empty; no longer valid behind the call
+ * @param anchor  from malloc(), or NULL; invalid after the call
  * @retval KORV_SUCCESS always */
 KORV_API int32_t TermErrors(ErrorAnchor* anchor);
 
 /** TokenCaptureEAB turns a value into wide text and stores it in the first unused slot of the
  * newest record; the anchor must have one.
  *
- * An empty `value` of a text type is captured as "<NULL>". Identifier 0 is stored, but leaves the
+ * A NULL `value` of a text type is captured as "<NULL>". Identifier 0 is stored, but leaves the
  * slot unused for the next capture. When all slots are taken, one further token is accepted into
  * tokenSlots[tokenSlotCount], and each later one replaces it; a text that is replaced is not
  * released. With a slot count of 0 that is the record's only slot.
  *
  * The types that can be captured are the twelve text types of korv/datatypes.h, INTEGER, U_INTEGER,
- * SMALLINT, USMALLINT, ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP. Narrow text is handed to the
- * companion library without a code page; the one built here then takes each byte as an ISO 8859-1
+ * SMALLINT, USMALLINT, ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP. Narrow text is passed to the
+ * companion library without a code page; the stand-in then reads each byte as an ISO 8859-1
  * character.
  *
- * A date, time or timestamp is handed on without its type: have as many bytes behind `value` as the
- * catalogue counts for it (12, 12, 20), though the records are smaller.
+ * A date, time or timestamp is passed on without its type. `value` must therefore point to at least
+ * as many bytes as the catalogue lists for the type (12, 12, 20), although the records are smaller.
  *
  * currentSize grows by the text's characters * 4 + 4 bytes (by 4 only for an integer of value 0),
- * and largestSize follows. What the companion conversion library leaves in the text is the text;
- * its result is not checked. Where it does not say how many characters it wrote, those that the
- * buffer was sized for are accounted (for fixed wide text its bytes, for numbers and dates none).
+ * and largestSize follows. The text is what the companion library leaves in the buffer; its result
+ * is not checked. If it does not say how many characters it wrote, the number that the buffer was
+ * sized for is counted (for fixed wide text its bytes, for numbers and dates none).
  *
- * The codes stand in the order of the tests. With KORV_FAILURE for a value and KORV_TOKEN_BAD_TYPE
- * the slot keeps tokenId without text; with the others nothing is changed.
+ * The codes are listed in the order of the tests. With KORV_FAILURE for a value and with
+ * KORV_TOKEN_BAD_TYPE the slot keeps tokenId without text; with the others nothing is changed.
  *
  * @param[in,out] anchor    the chain, which owns the text
  * @param         value     of the type `dataType`; terminated, or with its length prefix, by the
@@ -115,8 +115,8 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
  * @param         tokenId   KorvTokenId
  * @param         length    bytes of the value, used only for CHAR, DATETIME_CHAR, WCHAR and
  *                          DATETIME_WCHAR
- * @retval KORV_FAILURE        the anchor is empty (nothing is changed); or, behind the tests of the
- *                             next two, an empty value of a type other than text, or no memory
+ * @retval KORV_FAILURE        the anchor is NULL (nothing is changed); or, checked after the next
+ *                             two, a NULL value of a type other than text, or no memory
  * @retval KORV_TOKEN_BAD_ID   tokenId is 91 or more
  * @retval KORV_TOKEN_NO_SLOT  the record's slot count is negative
  * @retval KORV_TOKEN_BAD_TYPE a value of a type that cannot be captured
@@ -124,7 +124,7 @@ KORV_API int32_t TermErrors(ErrorAnchor* anchor);
 KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t dataType,
                                  uint32_t tokenId, uint32_t length);
 
-/** TokenCapture is TokenCaptureEAB for the error anchor of a block, but tests tokenId before it
+/** TokenCapture calls TokenCaptureEAB for the error anchor of a block, but tests tokenId before it
  * reads the block.
  *
  * @code
@@ -132,7 +132,7 @@ KORV_API int32_t TokenCaptureEAB(ErrorAnchor* anchor, const void* value, int16_t
  * TokenCapture(&request, L"CARD", WVARCHAR_SZ, KORV_TOKID_COLNAME, 0);
  * @endcode
  *
- * @param block     must not be empty; its errorAnchor may
+ * @param block     must not be NULL; its errorAnchor may be NULL
  * @param value     as for TokenCaptureEAB
  * @param dataType  data type code
  * @param tokenId   KorvTokenId

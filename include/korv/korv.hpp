@@ -313,13 +313,13 @@ class [[nodiscard]] Request {
         return status;
     }
 
-    /** @return the converted control block, which stays owned; NULL when there is none */
+    /** @return the converted control block, which stays owned; NULL if there is no result */
     [[nodiscard]] CtrlBlkX* block() noexcept { return block_.get(); }
-    /** @return the converted control block, which stays owned; NULL when there is none */
+    /** @return the converted control block, which stays owned; NULL if there is no result */
     [[nodiscard]] const CtrlBlkX* block() const noexcept { return block_.get(); }
-    /** @return the converted service definition, which stays owned; NULL when there is none */
+    /** @return the converted service definition, which stays owned; NULL if there is no result */
     [[nodiscard]] SvcDefX* service() noexcept { return service_.get(); }
-    /** @return the converted service definition, which stays owned; NULL when there is none */
+    /** @return the converted service definition, which stays owned; NULL if there is no result */
     [[nodiscard]] const SvcDefX* service() const noexcept { return service_.get(); }
 
   private:
@@ -566,8 +566,9 @@ class [[nodiscard]] Elements {
 
     /** Reads the first element. All earlier iterators become invalid.
      *
-     * @return an iterator to the first element; end() when there is none. The iterator returns each
-     *         element as a std::wstring_view of zero-terminated text, valid until the next step */
+     * @return an iterator to the first element, or end() if no element can be read. The iterator
+     *         returns each element as a std::wstring_view of zero-terminated text, valid until
+     *         the next step */
     [[nodiscard]] iterator begin() noexcept {
         next_ = 0;
         return output() && read() ? iterator(this) : end();
@@ -578,7 +579,7 @@ class [[nodiscard]] Elements {
     /** Whether all elements read so far are well-formed.
      *
      * @retval Status::success        they are
-     * @retval Status::failure        the loop ended at a quotation mark where none is allowed
+     * @retval Status::failure        the loop ended at a misplaced quotation mark
      * @retval Status::noMemoryBuffer no memory for the buffer; no element can be read */
     [[nodiscard]] Status status() const noexcept {
         return next_ == kStrayQuote ? Status::failure : allocation_;
@@ -596,7 +597,7 @@ class [[nodiscard]] Elements {
     static constexpr int32_t kStrayQuote = -3;
 
     wchar_t* output() noexcept { return static_cast<wchar_t*>(buffer_->data); }
-    /* Reads the next element; false when there is none or it is malformed. */
+    /* Reads the next element; false at the end of the list or if the element is malformed. */
     bool read() noexcept {
         if (next_ < 0) return false;
         position_ = static_cast<uint32_t>(next_);

@@ -307,14 +307,14 @@ KORV_API void KorvMaskClose(KorvMask* mask);
  *
  * @param mask    the handle
  * @param column  index from 0
- * @return the column; NULL when there is none of this index, or the handle failed to open */
+ * @return the column; NULL if no column has this index, or the handle failed to open */
 KORV_API const KorvMaskColumn* KorvMaskGetColumn(const KorvMask* mask, uint32_t column);
 
 /** KorvMaskGetProvider returns a loaded provider. Providers are sorted by name.
  *
  * @param mask   the handle
  * @param index  index from 0
- * @return the provider; NULL when there is none of this index */
+ * @return the provider; NULL if no provider has this index */
 KORV_API const KorvMaskProvider* KorvMaskGetProvider(const KorvMask* mask, uint32_t index);
 
 /** KorvMaskBatch masks values of one column.
@@ -329,7 +329,7 @@ KORV_API const KorvMaskProvider* KorvMaskGetProvider(const KorvMask* mask, uint3
  * @param      source    the values; not changed, and not referred to after the call, except for
  *                       KORV_MASK_KEEP
  * @param      related   the values of the column KorvMaskColumn::related in the same rows; NULL
- *                       when the rule refers to none
+ *                       when the rule refers to no other column
  * @param[out] result    the masked values; not written when the call ends early
  * @retval KORV_MASK_SUCCESS       every value is masked
  * @retval KORV_MASK_VALUES_FAILED some values failed, see the records
@@ -361,7 +361,7 @@ KORV_API uint64_t KorvMaskRecordCount(const KorvMask* mask);
  *
  * @param mask   the handle
  * @param index  index from 0
- * @return the record; NULL when there is none of this index */
+ * @return the record; NULL if no record has this index */
 KORV_API const KorvMaskRecord* KorvMaskGetRecord(const KorvMask* mask, uint64_t index);
 
 /** KorvMaskClearRecords drops all records. Call it after each batch, so that they do not pile up.

@@ -3,7 +3,8 @@
  * reversal, half-swapping and random values.
  *
  * A digit field is a run of decimal digits of a given width, most significant first, with leading
- * zeros, without sign or point. Functions ending in W are the wide twins of those without.
+ * zeros, without sign or point. Functions whose names end in W are the wide counterparts of
+ * those without it.
  */
 #ifndef KORV_NUMERIC_H
 #define KORV_NUMERIC_H
@@ -34,7 +35,7 @@ KORV_API extern const wchar_t PXSpacesW[257];
  * @retval KORV_FAILURE the value needs more than `width` digits (the field is written) */
 KORV_API int32_t PXLongToNum(int32_t value, int16_t width, char* field);
 
-/** PXIntToNum is PXLongToNum with a terminator behind the digits.
+/** PXIntToNum does the same as PXLongToNum and writes a terminator after the digits.
  *
  * @code
  * char field[9];
@@ -48,7 +49,8 @@ KORV_API int32_t PXLongToNum(int32_t value, int16_t width, char* field);
  * @retval KORV_FAILURE the value needs more than `width` digits (the field is written) */
 KORV_API int32_t PXIntToNum(int32_t value, int16_t width, char* field);
 
-/** PXLongToNumW is the wide twin of PXIntToNum: it terminates the field, unlike PXLongToNum.
+/** PXLongToNumW is the wide counterpart of PXIntToNum: it terminates the field, unlike
+ * PXLongToNum.
  *
  * @param      value  the number
  * @param      width  digits of the field; 0 writes the terminator only, less nothing at all
@@ -63,32 +65,34 @@ KORV_API int32_t PXIntToNumW(int32_t value, int16_t width, wchar_t* field);
 /** PXNumToLong reads `digits` digits from the start of a field, and requires that only blanks
  * follow them.
  *
- * Of the number the low 32 bits are kept, as a signed number: 2147483648 and above wrap. The bytes
- * behind the digits are compared with PXSpaces, its terminator included: 257 of them are accepted
- * only when the last is zero, more never.
+ * The low 32 bits of the number are kept, as a signed number: 2147483648 and above wrap. The bytes
+ * after the digits are compared with PXSpaces, its terminator included: 257 of them are accepted
+ * only if the last one is zero, and more than 257 never.
  *
  * @param      field   the characters
- * @param      digits  how many are read; 0 or less reads none, and the value 0
- * @param      width   bytes of the field; it is `digits` bytes long when that is more. Behind the
- *                     digits `width` - `digits` blanks are required, also of a negative `digits`
+ * @param      digits  how many are read; 0 or less reads no digit and gives 0
+ * @param      width   bytes of the field; if `digits` is larger, the field has `digits` bytes. The
+ *                     digits must be followed by `width` - `digits` blanks, also with a negative
+ *                     `digits`
  * @param[out] value   the number; left alone on failure
  * @retval KORV_SUCCESS read
- * @retval KORV_FAILURE a digit is none, or the tail is not blank */
+ * @retval KORV_FAILURE a character is not a decimal digit, or the tail is not blank */
 KORV_API int32_t PXNumToLong(const char* field, int16_t digits, int16_t width, int32_t* value);
 
 /** KORVCharNumToInt is another name of PXNumToLong. @copydetails PXNumToLong */
 KORV_API int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t width, int32_t* value);
 
-/** PXNumToLongW is the wide twin of PXNumToLong, except that the comparison of the tail ends at a
- * terminator behind exactly 256 blanks: such a tail is accepted whatever the width.
+/** PXNumToLongW is the wide counterpart of PXNumToLong. Unlike there, the comparison of the tail
+ * ends at a terminator after exactly 256 blanks: such a tail is accepted with any width.
  *
  * @param      field   the characters
- * @param      digits  how many are read; 0 or less reads none, and the value 0
- * @param      width   characters of the field; it is `digits` long when that is more. Behind the
- *                     digits `width` - `digits` blanks are required, also of a negative `digits`
+ * @param      digits  how many are read; 0 or less reads no digit and gives 0
+ * @param      width   characters of the field; if `digits` is larger, the field has `digits`
+ *                     characters. The digits must be followed by `width` - `digits` blanks, also
+ *                     with a negative `digits`
  * @param[out] value   the number; left alone on failure
  * @retval KORV_SUCCESS read
- * @retval KORV_FAILURE a digit is none, or the tail is not blank */
+ * @retval KORV_FAILURE a character is not a decimal digit, or the tail is not blank */
 KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t width, int32_t* value);
 
 /* ---- Transposition --------------------------------------------------------------------------- */
@@ -97,8 +101,8 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
  *
  * Unless `shift` is 0, the digit at position i first moves forward by shift + i, modulo 10, and
  * this is repeated while the remainders add up to 0, so that a masked number is never all zeros.
- * Then the digits are transposed in groups of four by one of 23 permutations: which one, the
- * remainder of the key by 23 tells, plus 23 when it is negative.
+ * Then the digits are transposed in groups of four by one of 23 permutations. The remainder of the
+ * key by 23 selects it; 23 is added to a negative remainder.
  *
  * Lengths 4, 8 and 12 are fully defined. At other lengths digits may be lost: in an incomplete
  * group a position that names a digit beyond the last becomes zero (the code 0). Every character
@@ -122,24 +126,24 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
 KORV_API int32_t PXTransposeNum(const char* input, char* output, int16_t length, int32_t key,
                                 int16_t shift);
 
-/** PXTransposeNumW is the wide twin of PXTransposeNum. @copydetails PXTransposeNum */
+/** PXTransposeNumW is the wide counterpart of PXTransposeNum. @copydetails PXTransposeNum */
 KORV_API int32_t PXTransposeNumW(const wchar_t* input, wchar_t* output, int16_t length, int32_t key,
                                  int16_t shift);
 
 /** PXGetPermutation writes a permutation of 1 to `count`, chosen by a key: key 7, count 4 gives
  * 4 2 3 1.
  *
- * The same key is reduced modulo each number that is left; a negative one to a remainder of 0 or
- * above.
+ * Each step takes the remainder of the whole key by the count of numbers that are left; the
+ * remainder of a negative key is 0 or more.
  *
  * @param      key     chooses the permutation
- * @param      count   numbers, 1 to 16; outside nothing is written
+ * @param      count   numbers, 1 to 16; with any other count nothing is written
  * @param[out] output  room for `count` 16-bit numbers */
 KORV_API void PXGetPermutation(int32_t key, int32_t count, int16_t* output);
 
 /* ---- Reversal, shuffle, random values -------------------------------------------------------- */
 
-/** KORVRevString reverses `length` bytes, zeros among them included.
+/** KORVRevString reverses `length` bytes, including zeros.
  *
  * @param[in,out] buffer  the bytes
  * @param         length  bytes; below 2 nothing changes
@@ -161,8 +165,8 @@ KORV_API int32_t KORVReverseNum(uint64_t* value);
 
 /** KORVShuffle exchanges the two halves of a zero-terminated wide text: abcd becomes cdab.
  *
- * The last character of an odd length stays in place. Nothing is random about it: done twice it
- * restores the text.
+ * The last character of an odd length stays in place. Despite the name, nothing
+ * is random: a second call restores the text.
  *
  * @param[in,out] text  the text
  * @retval KORV_SUCCESS always */

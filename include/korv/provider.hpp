@@ -14,7 +14,7 @@
  * constexpr PrvErrorText kErrors[] = {{1, "the value is too short"}, KORV_COMMON_ERRORS};
  * constexpr std::array<PrvMethod, 0> kMethods;
  *
- * class Stars {  // replaces characters by asterisks, but for the first ones
+ * class Stars {  // replaces all characters except the first ones by asterisks
  *   public:
  *     explicit Stars(const Operands& operands) : keep_(operands.number(1, 0)) {}
  *

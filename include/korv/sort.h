@@ -26,7 +26,7 @@ typedef int32_t (*KorvCompare)(const void* first, const void* second, void* cont
  * @param         count      elements; below 2 no comparison is made
  * @param         width      bytes of an element; with 0 no comparison is made
  * @param         compare    the order
- * @param         context    handed to every comparison
+ * @param         context    passed to every comparison
  * @param         ascending  not 0: ascending order of `compare`; 0: every comparison has its two
  *                           elements exchanged, which sorts in descending order */
 KORV_API void KorvQSort(void* base, uint32_t count, uint32_t width, KorvCompare compare,

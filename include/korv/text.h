@@ -12,131 +12,140 @@ extern "C" {
 
 /* ---- Case ------------------------------------------------------------------------------------ */
 
-/** KORV_StrToUpper converts a zero-terminated text in place, byte by byte, by the LC_CTYPE locale
- * of the host: each byte goes to toupper as a signed char, and the low byte of the answer is kept.
+/** KORV_StrToUpper converts a zero-terminated text to upper case in place, byte by byte, by the
+ * LC_CTYPE locale of the host. Each byte is passed to toupper() as a signed char, and the low byte
+ * of the result is kept.
  *
  * @param[in,out] text  the text
  * @return `text` */
 KORV_API char* KORV_StrToUpper(char* text);
 
-/** KORV_StrToLower is KORV_StrToUpper by tolower. @copydetails KORV_StrToUpper */
+/** KORV_StrToLower does the same as KORV_StrToUpper, but converts with tolower().
+ * @copydetails KORV_StrToUpper */
 KORV_API char* KORV_StrToLower(char* text);
 
-/** KORV_StrToWUpper converts a zero-terminated wide text in place, character by character, by
- * towupper and the LC_CTYPE locale of the host.
+/** KORV_StrToWUpper converts a zero-terminated wide text to upper case in place, character by
+ * character, with towupper() and the LC_CTYPE locale of the host.
  *
  * @param[in,out] text  the text
  * @return `text` */
 KORV_API wchar_t* KORV_StrToWUpper(wchar_t* text);
 
-/** KORV_StrToWLower is KORV_StrToWUpper by towlower. @copydetails KORV_StrToWUpper */
+/** KORV_StrToWLower does the same as KORV_StrToWUpper, but converts with towlower().
+ * @copydetails KORV_StrToWUpper */
 KORV_API wchar_t* KORV_StrToWLower(wchar_t* text);
 
-/** toportwupper converts the code of a lower-case ASCII letter to that of its upper case, whatever
- * the locale.
+/** toportwupper converts the code of a lower-case ASCII letter to that of its upper case, in
+ * every locale.
  *
  * @param code  a character code
  * @return the converted code; every other code as it is */
 KORV_API int32_t toportwupper(int32_t code);
 
-/** toportwlower converts the code of an upper-case ASCII letter to that of its lower case, whatever
- * the locale.
+/** toportwlower converts the code of an upper-case ASCII letter to that of its lower case, in
+ * every locale.
  *
  * @param code  a character code
  * @return the converted code; every other code as it is */
 KORV_API int32_t toportwlower(int32_t code);
 
-/** StringWCaseCompare orders two zero-terminated wide texts without regard to case (towlower, by
- * the locale of the host).
+/** StringWCaseCompare compares two zero-terminated wide texts without regard to case (with
+ * towlower(), by the locale of the host).
  *
- * When no character was compared because one text is empty, the result is made of the pair that
- * this function compared last in the same thread, in whichever call, whether they were equal or
- * not: of its character of `second`, when `first` is empty, and of `first` otherwise. It is 0 in a
- * thread that has compared none.
+ * If one text is an empty string, no characters are compared. The result is then made from the pair
+ * of characters that this function compared last in the same thread, in any earlier call, whether
+ * they were equal or not: from the character of `second` if `first` is empty, and otherwise from
+ * that of `first`. It is 0 in a thread that has not compared any characters.
  *
  * @param first   a text
  * @param second  another text
- * @return 0 for equal texts; at the first difference the lowered character of `first` minus that of
- *         `second`; and when one text is a prefix of the other, the lowered last common character,
- *         negated when `first` is the shorter */
+ * @return 0 for equal texts; at the first difference, the lower-case character of `first` minus
+ *         that of `second`; if one text is a prefix of the other, the last common character in
+ *         lower case, negated if `first` is the shorter text */
 KORV_API int32_t StringWCaseCompare(const wchar_t* first, const wchar_t* second);
 
-/** StringWNCaseCompare is StringWCaseCompare for at most `count` characters.
+/** StringWNCaseCompare does the same as StringWCaseCompare for at most `count` characters.
  *
- * It remembers its last common character on its own account, apart from StringWCaseCompare.
+ * It remembers the last pair that it compared separately from StringWCaseCompare.
  *
  * @param first   a text
  * @param second  another text
  * @param count   characters; 0 gives 0; a negative count compares nothing: unless both texts are
- *                empty, the result is made of the remembered pair
+ *                empty strings, the result is made from the remembered pair
  * @return as StringWCaseCompare */
 KORV_API int32_t StringWNCaseCompare(const wchar_t* first, const wchar_t* second, int32_t count);
 
 /* ---- Parsing --------------------------------------------------------------------------------- */
 
-/** KORV_GetNextElement cuts one element out of a zero-terminated list.
+/** KORV_GetNextElement copies one element of a zero-terminated list.
  *
- * Leading spaces are skipped. An element that opens with a double quote ends at the next one: it
- * keeps its case, its spaces and both quotes, may hold delimiters, and what follows it up to the
- * delimiter is dropped. Any other element is upper-cased (by the locale of the host) and loses its
- * trailing spaces; so does, its case kept, a quoted one that is never closed. A backslash is
- * dropped and makes a quote or backslash behind it ordinary, inside and outside quotes; a delimiter
- * it does not escape.
+ * Leading spaces are skipped. An element that begins with a double quote ends at the next one: it
+ * keeps its case, its spaces and both quotes, may contain delimiters, and the text between its
+ * closing quote and the delimiter is dropped. Any other element is converted to upper case (by the
+ * locale of the host) and loses its trailing spaces. A quoted element that is never closed also
+ * loses its trailing spaces, but keeps its case. A backslash is dropped and escapes a quote or
+ * backslash after it, inside and outside quotes. It does not escape a delimiter.
  *
  * `output` is written without bound: give it room for the longest element and a terminator, at most
  * the characters of `source` plus one.
+ *
+ * A loop over a list must test for -2 and -3 before it uses the element, because `output` then
+ * holds an earlier element or an unterminated one. For a list that ends with a delimiter, such as
+ * "a,b,", the call for "b" returns an index, and the next call returns -2.
  *
  * @code
  * wchar_t element[32];
  * uint32_t length;
  * int32_t next = 0;
- * while (next >= 0) {
- *     next = KORV_GetNextElement(L"id, \"Last Name\", city", element, &length, L',', 0,
+ * do {
+ *     next = KORV_GetNextElement(L"id, \"Last Name\", city,", element, &length, L',', 0,
  *                                (uint32_t)next);
- *     // ID, then "Last Name" with its quotes, then CITY
- * }
+ *     if (next < -1) break; // -2: no further element; -3: a misplaced quote
+ *     printf("%ls\n", element); // ID, then "Last Name" with its quotes, then CITY
+ * } while (next >= 0);
  * @endcode
  *
  * @param      source     the list
  * @param[out] output     the element, zero-terminated; must not overlap `source`
  * @param[out] length     the element's length in characters
- * @param      delimiter  ends an element; zero never occurs
- * @param      ignored    bounds nothing
- * @param      start      index where the element begins: 0, then each result; one behind the
+ * @param      delimiter  ends an element; with 0, the list is one element
+ * @param      ignored    not used; it does not limit `output`
+ * @param      start      index at which the element begins: 0, then each result. An index past the
  *                        terminator is not detected
- * @return the index behind the delimiter
+ * @return the index after the delimiter
  * @retval -1 the element was the last
  * @retval -2 there is no element: *length is 0, `output` is left alone
- * @retval -3 a quote where none may stand: `output` and *length hold what was copied so far, not
+ * @retval -3 a quote where none is allowed: `output` and *length hold what was copied so far, not
  *            terminated */
 KORV_API int32_t KORV_GetNextElement(const wchar_t* source, wchar_t* output, uint32_t* length,
                                      wchar_t delimiter, uint32_t ignored, uint32_t start);
 
-/** GetKeyValue takes the value out of a text of the form key, separator, value: what follows the
- * first separator and the spaces behind it, without trailing spaces.
+/** GetKeyValue copies the value from a text of the form key, separator, value: the text after the
+ * first separator and any spaces that follow it, without trailing spaces.
  *
  * @param      source     zero-terminated text
  * @param[out] output     the value, zero-terminated; room for maxCount + 1 bytes, never less than 2
  * @param      maxCount   bytes of the value that are taken at most, but always one
- * @param[out] length     may be empty; the bytes copied before trailing spaces were cut
- * @param      separator  behind the key
+ * @param[out] length     may be NULL; the bytes copied before trailing spaces were cut
+ * @param      separator  the character after the key
  * @retval KORV_SUCCESS copied
- * @retval KORV_FAILURE source or output is empty, the separator is zero or missing, or the value is
- *                      empty (nothing is written) */
+ * @retval KORV_FAILURE source or output is NULL, the separator is zero or missing, or the value is
+ *                      an empty string (nothing is written) */
 KORV_API int32_t GetKeyValue(const char* source, char* output, int32_t maxCount, uint32_t* length,
                              char separator);
 
-/** TrimSourceW takes the characters of a set out of a text.
+/** TrimSourceW removes the characters of a set from a text.
  *
- * @param[in,out] source      the text, zero-terminated; replaced by the result with a mode of 1,
- *                            otherwise left cut: the delimiter behind each piece is zero
+ * @param[in,out] source      the text, zero-terminated. With a mode of 1 it is replaced by the
+ *                            result. Otherwise it stays cut: the delimiter after each piece has
+ *                            become zero
  * @param[out]    length      with a mode of 1 the characters of the result, otherwise left alone
  * @param         delimiters  the set, zero-terminated
  * @param[out]    work        the result, zero-terminated; room for all of source and its
  *                            terminator, apart from it
  * @param         mode        exactly 1 copies the result back to `source`
  * @retval KORV_SUCCESS trimmed
- * @retval KORV_FAILURE source is empty (nothing is written) */
+ * @retval KORV_FAILURE source is NULL (nothing is written) */
 KORV_API int32_t TrimSourceW(wchar_t* source, uint32_t* length, const wchar_t* delimiters,
                              wchar_t* work, uint8_t mode);
 
@@ -151,7 +160,7 @@ KORV_API int32_t NormalizeColName(wchar_t* name, int32_t maxLength);
 
 /* ---- Unicode units --------------------------------------------------------------------------- */
 
-/** KORV_Utf16ToUtf32 hands a conversion of UTF-16 units to wide text to the companion library
+/** KORV_Utf16ToUtf32 converts UTF-16 units to wide text, through the companion library
  * (Convert16To32). No terminator is added.
  *
  * @param      source       UTF-16 units
@@ -159,14 +168,14 @@ KORV_API int32_t NormalizeColName(wchar_t* name, int32_t maxLength);
  * @param[out] target       room for `targetBytes` bytes; on failure it may hold the part converted
  *                          so far
  * @param      targetBytes  bytes of the target; a partial unit at its end is left out
- * @param[out] count        the count that the companion reports, unchanged (the one built here
+ * @param[out] count        the count that the companion library reports, unchanged (the stand-in
  *                          counts target units); left alone on failure
  * @retval KORV_SUCCESS converted
- * @return otherwise the companion's status */
+ * @return otherwise the companion library's status */
 KORV_API int32_t KORV_Utf16ToUtf32(const uint16_t* source, int32_t sourceBytes, wchar_t* target,
                                    int32_t targetBytes, uint32_t* count);
 
-/** KORV_Utf32ToUtf16 hands a conversion of wide text to UTF-16 units to the companion library
+/** KORV_Utf32ToUtf16 converts wide text to UTF-16 units, through the companion library
  * (Convert32To16). No terminator is added.
  *
  * @param      source       wide text
@@ -174,10 +183,10 @@ KORV_API int32_t KORV_Utf16ToUtf32(const uint16_t* source, int32_t sourceBytes, 
  * @param[out] target       room for `targetBytes` bytes; on failure it may hold the part converted
  *                          so far
  * @param      targetBytes  bytes of the target; a partial unit at its end is left out
- * @param[out] count        the count that the companion reports, unchanged (the one built here
+ * @param[out] count        the count that the companion library reports, unchanged (the stand-in
  *                          counts target units); left alone on failure
  * @retval KORV_SUCCESS converted
- * @return otherwise the companion's status */
+ * @return otherwise the companion library's status */
 KORV_API int32_t KORV_Utf32ToUtf16(const wchar_t* source, int32_t sourceBytes, uint16_t* target,
                                    uint32_t targetBytes, uint32_t* count);
 
@@ -190,7 +199,7 @@ KORV_API int32_t KORV_Utf32ToUtf16(const wchar_t* source, int32_t sourceBytes, u
  *                          not overlap the text
  * @param         allocate  other than 0: allocate
  * @retval KORV_SUCCESS narrowed
- * @retval KORV_FAILURE an empty text (nothing is written), or no memory (*units is null) */
+ * @retval KORV_FAILURE an empty string (nothing is written), or no memory (*units is NULL) */
 KORV_API int32_t KORVGetXMLCHARFromWCHAR(const wchar_t* text, uint16_t** units, uint8_t allocate);
 
 /* ---- Byte order and bit order ---------------------------------------------------------------- */
@@ -219,19 +228,19 @@ KORV_API uint16_t* SwapBytes_2(uint16_t* units);
  * @return `units` */
 KORV_API uint32_t* SwapBytes_4(uint32_t* units);
 
-/** SwapnBytes_2 is SwapBytes_2 that also stops after `bytes` bytes, whichever comes first.
+/** SwapnBytes_2 does the same as SwapBytes_2, but also stops after `bytes` bytes.
  *
  * @param[in,out] units  the string
- * @param         bytes  a unit that this count cuts through is swapped as a whole; 0 or less swaps
- *                       nothing
+ * @param         bytes  a unit that is only partly within this count is swapped as a whole; 0 or
+ *                       less swaps nothing
  * @return `units` */
 KORV_API uint16_t* SwapnBytes_2(uint16_t* units, int32_t bytes);
 
-/** SwapnBytes_4 is SwapBytes_4 that also stops after `bytes` bytes, whichever comes first.
+/** SwapnBytes_4 does the same as SwapBytes_4, but also stops after `bytes` bytes.
  *
  * @param[in,out] units  the string
- * @param         bytes  a unit that this count cuts through is swapped as a whole; 0 or less swaps
- *                       nothing
+ * @param         bytes  a unit that is only partly within this count is swapped as a whole; 0 or
+ *                       less swaps nothing
  * @return `units` */
 KORV_API uint32_t* SwapnBytes_4(uint32_t* units, int32_t bytes);
 

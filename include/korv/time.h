@@ -33,15 +33,17 @@ KORV_API void KORVGetCurLocalTimeTS(OdbcTimestamp* timestamp, uint8_t dateOnly);
  * The records are read as local standard time, their fractions are ignored. A record that mktime
  * cannot represent is not detected.
  *
- * @param first   the one; empty stands for the current time
- * @param second  the other; empty stands for the current time
- * @return days, truncated toward zero; positive when `second` is the later, 0 with both empty */
+ * @param first   start time; NULL means the current time
+ * @param second  end time; NULL means the current time
+ * @return days, truncated toward zero; positive if `second` is later than `first`; 0 if both are
+ *         NULL */
 KORV_API int32_t KORVGetDiffDays(const OdbcTimestamp* first, const OdbcTimestamp* second);
 
 /** FixLeapYearDay sets the day of a February date to 28 when it is above 28 and the year is a
  * common one.
  *
- * In a leap year a day of 30 or 31 stays: only a day that a change of year made invalid is mended.
+ * In a leap year a day of 30 or 31 stays: only a day that a change of year made invalid is
+ * corrected.
  *
  * @param[in,out] timestamp  the date */
 KORV_API void FixLeapYearDay(OdbcTimestamp* timestamp);

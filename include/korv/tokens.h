@@ -141,7 +141,7 @@ static const wchar_t Nid_UK[] KORV_UNUSED = L"UK";     /**< country of an identi
 static const wchar_t Nid_US[] KORV_UNUSED = L"US";     /**< country of an identity number */
 static const wchar_t Nid_CA[] KORV_UNUSED = L"Canada"; /**< country of an identity number */
 static const wchar_t Location_SourceValue[] KORV_UNUSED = L"Source"; /**< the value before ageing */
-static const wchar_t Location_AgedValue[] KORV_UNUSED = L"Aged";     /**< the value behind it */
+static const wchar_t Location_AgedValue[] KORV_UNUSED = L"Aged";     /**< the value after ageing */
 
 #ifdef __cplusplus
 }
