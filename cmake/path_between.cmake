@@ -1,5 +1,5 @@
-# korv_path_between(variable from to start): the way between two of the folders, which begins with
-# `start`, or the folder `to` itself where one of them does not move with the prefix.
+# korv_path_between(variable from to start): the relative path between two of the folders, after
+# `start`, or the folder `to` itself if one of them does not move with the prefix.
 function(korv_path_between variable from to start)
   if(IS_ABSOLUTE "${from}" OR IS_ABSOLUTE "${to}")
     get_filename_component(path "${to}" ABSOLUTE BASE_DIR "${CMAKE_INSTALL_PREFIX}")
@@ -11,8 +11,8 @@ function(korv_path_between variable from to start)
 endfunction()
 
 # korv_search_path(target build installed): where an installed target looks for the libraries, in the build folder
-# and when it is installed. CMake would write both into the build folder's one and end it with a colon, which
-# stands for the current folder: whoever writes there could replace a library.
+# and when it is installed. CMake would write both into the build folder's one and end it with a colon. The
+# loader reads that as the current folder, so anyone who can write there could replace a library.
 function(korv_search_path target build installed)
   set(path "${build}" "${installed}")
   list(REMOVE_DUPLICATES path)

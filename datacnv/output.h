@@ -30,7 +30,7 @@ struct Output {
     }
 };
 
-// Runs convert(Output&), and leaves its text terminated and counted, or an empty text behind a
+// Runs convert(Output&), and leaves its text terminated and counted, or an empty string after a
 // failure.
 template <class Unit, class Convert>
 int32_t produce(Unit* target, uint32_t capacity, uint32_t* outLen, Convert convert) noexcept {
@@ -41,7 +41,7 @@ int32_t produce(Unit* target, uint32_t capacity, uint32_t* outLen, Convert conve
     if (status == CNV_SUCCESS) {
         *outLen = out.written;
     } else {
-        // Nothing of a text that could not be converted stays behind the terminator.
+        // Nothing of a text that could not be converted stays in the target after the terminator.
         std::memset(target, 0, out.written * sizeof(Unit));
         out.written = 0;
     }

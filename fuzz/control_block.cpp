@@ -109,7 +109,7 @@ void convertField(const FieldDefI& source) {
     FUZZ_EXPECT(KORVCnvFieldDefFromIToX(&source, nullptr) == -1);
 }
 
-// Converts a block into one that is zeroed but for `chained` reference nodes, and back to nothing.
+// Converts a block into one that is zeroed except for `chained` reference nodes, and releases it.
 void convertBlock(const CtrlBlkI& source, const SvcDefI& service, std::size_t chained) {
     auto* target = zeroed<CtrlBlkX>();
     target->reserved1 = 0xA5;

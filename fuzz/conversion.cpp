@@ -137,7 +137,7 @@ void forms(Input& input) {
         std::copy_n(bytes.begin(), expected.size() * sizeof(wchar_t),
                     reinterpret_cast<uint8_t*>(expected.data()));
     }
-    // Variable wide text need not be aligned: it is not, behind its prefix.
+    // Variable wide text need not be aligned, and after its 2-byte prefix it is not.
     Block<uint8_t> source(bytes.size() + (prefixed ? 2 : 0));
     const auto prefix = static_cast<int16_t>(length);
     if (prefixed) std::memcpy(source.data(), &prefix, sizeof prefix);

@@ -85,7 +85,7 @@ FieldDefI field(Input& input) {
     return target;
 }
 
-// Each text is as long as its record says, and freed by whoever made it.
+// Each text is as long as its record says, and freed by the side that allocated it.
 void duplicate(Input& input) {
     FieldDefI source = field(input);
     source.link = &source;

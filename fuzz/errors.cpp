@@ -105,7 +105,7 @@ void Chain::capture(Input& input) {
     if (!slot) status = KORV_TOKEN_NO_SLOT;
     if (tokenId > 90) status = KORV_TOKEN_BAD_ID;
     if (slot && tokenId <= 90) {
-        // A text that is replaced belongs to nobody.
+        // A text that is replaced is no longer released with the chain.
         TokenSlot& replaced = slotOf(block_.errorAnchor->tail,
                                      static_cast<std::size_t>(slot - &records_.back().slots[0]));
         std::free(replaced.text);
@@ -147,7 +147,7 @@ void Chain::checkRecords() const {
     FUZZ_EXPECT(!record);
 }
 
-// Two kinds of text are not released with the chain: under identifier 0, and behind the last slot.
+// Two kinds of text are not released with the chain: under identifier 0, and after the last slot.
 void Chain::freeWhatIsLeft() {
     ErrorRecord* record = block_.errorAnchor->head;
     for (const Record& expected : records_) {

@@ -10,7 +10,7 @@ namespace {
 using fuzz::Block;
 using fuzz::Input;
 
-// A width or a count of digits: mostly a small one, or as much as lies behind 256 blanks.
+// A width or a count of digits: mostly a small one, or one that reaches past 256 blanks.
 int16_t chooseWidth(Input& input) {
     const unsigned byte = input.byte();
     return static_cast<int16_t>((byte < 0xC0 ? byte % 32 : input.number<uint16_t>() % 600) - 4);

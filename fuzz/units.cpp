@@ -37,7 +37,7 @@ void unicode(Input& input, Convert convert, Literal literal, Back back) {
                                         : CNV_MALFORMED_SOURCE));
     FUZZ_EXPECT(count == expectedCount);
     FUZZ_EXPECT(source.holds(units));
-    // What is converted before a fault is the same in both, and nothing is written behind it.
+    // What is converted before a fault is the same in both, and nothing is written after it.
     FUZZ_EXPECT(target.holds(expected));
     if (status != 0) return;
     Block<Source> again(units.size());
@@ -70,7 +70,7 @@ void swapBytes(Input& input, Unit* (*whole)(Unit*), Unit* (*counted)(Unit*, int3
     auto bytes = input.number<int32_t>();
     std::vector<Unit> units = input.units<Unit>();
     if (!limited) units.push_back(0);
-    // Whole blocks within the count are read, also behind a zero unit.
+    // Whole blocks within the count are read, also after a zero unit.
     bytes %= static_cast<int32_t>(units.size() * sizeof(Unit)) + 1;
     std::vector<Unit> expected = units;
     reference::swapUnits(expected.data(), limited ? bytes : INT64_MAX);

@@ -47,7 +47,7 @@ void catalogue(Input& input) {
 }
 
 // The bytes of a value as its type wants them: of variable text no more than the prefix is read, of
-// terminated text nothing behind the terminator, of all others nothing.
+// terminated text nothing after the terminator, of all others nothing.
 std::vector<char> valueBytes(Input& input, Rule rule) {
     const std::string text = input.text<char>();
     std::vector<char> bytes(text.begin(), text.end());

@@ -1,7 +1,7 @@
 """Shows the records of korv in gdb: lists unrolled, texts, types and tokens by name.
 
 gdb loads this file by itself with the library that it is installed for; `source korv_printers.py`
-does the same for any program. Records are known by the names of their types, whoever compiled them.
+does the same for any program. Records are recognised by the names of their types, in any program.
 
     print *block                          a control block with its fields, references and errors
     print/r *block                        the same record as plain members
@@ -77,7 +77,7 @@ def service_children(service: gdb.Value) -> Iterator[Child]:
 
 
 def error_children(record: gdb.Value) -> Iterator[Child]:
-    """The token slots, and the spare one behind them where a token is in it."""
+    """The token slots, and the spare one after them if it holds a token."""
     count = int(record["tokenSlotCount"])
     first = record["tokenSlots"][0].address
     if first is None:

@@ -94,7 +94,7 @@ def characters(address: int, unit: int, count: Optional[int]) -> tuple[list[int]
         if len(data) == LIMIT * unit:
             remark = "..."
             break
-        # One at a time: behind the last one there may be no memory.
+        # One at a time: after the last one there may be no memory.
         try:
             character = peek(address + len(data), unit)
         except gdb.MemoryError:

@@ -15,8 +15,8 @@ namespace mask {
 std::vector<const Rule*> planColumns(const Rules& rules, const std::vector<std::string>& names,
                                      uint32_t flags, Faults& faults);
 
-// The index of the column that an operand names (`BIRTH`, `"Birth"` or `@3`), or names.size() when
-// there is none, or more than one.
+// The index of the column that an operand names (`BIRTH`, `"Birth"` or `@3`), or names.size() if
+// no column or more than one has that name.
 size_t findColumn(const std::vector<std::string>& names, const std::string& name);
 
 }  // namespace mask

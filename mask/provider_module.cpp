@@ -50,7 +50,7 @@ bool othersMayWrite(const struct stat& status) {
            ((status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid() && status.st_gid != 0);
 }
 
-// Whoever may write the file could run code here.
+// Users who can write the file could run code in this process.
 void checkWriters(const std::string& path, const std::string& module) {
     struct stat status;
     if (::stat(path.c_str(), &status) != 0) {

@@ -36,8 +36,8 @@ std::string findRuleFile(const Rules& rules, const Rule& rule, const RuleOperand
         std::string path = realPath(isAbsolute ? name : root + name);
         if (path.starts_with(root)) return path;
     }
-    // One message for a file that does not exist and for one elsewhere: nobody can use rules to
-    // look into other folders.
+    // The message is the same for a file that does not exist and for one in another folder, so
+    // that rules cannot be used to find out which files exist in other folders.
     rules.fail(
         rule, operand.position,
         "operand " + operand.key + " names a file that is not in the folders for such files");

@@ -16,7 +16,7 @@
 PG_FUNCTION_INFO_V1(korv_describe);
 
 /* Types whose text is the same in every session. That of a float, an interval or a byte string
- * depends on settings, and casts of other types may run functions of whoever owns the type. */
+ * depends on settings, and casts of other types may run functions of the type's owner. */
 static bool isMaskable(Oid type) {
     static const Oid types[] = {TEXTOID, VARCHAROID,   BPCHAROID,     INT2OID,
                                 INT4OID, INT8OID,      NUMERICOID,    UUIDOID,
@@ -30,7 +30,7 @@ static bool isMaskable(Oid type) {
     return false;
 }
 
-/* findColumn returns the only column that has the name but for its letter case. */
+/* findColumn returns the only column that has the name, without regard to letter case. */
 static AttrNumber findColumn(Oid relation, const char* name) {
     const Relation open = relation_open(relation, AccessShareLock);
     const TupleDesc columns = RelationGetDescr(open);

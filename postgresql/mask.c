@@ -177,7 +177,7 @@ Datum korv_mask(PG_FUNCTION_ARGS) {
     return maskValue(fcinfo, true);
 }
 
-/* korv_mask_in_view does not: that was checked for whoever created the view. */
+/* korv_mask_in_view does not: that was checked for the role that created the view. */
 Datum korv_mask_in_view(PG_FUNCTION_ARGS) {
     return maskValue(fcinfo, false);
 }

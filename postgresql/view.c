@@ -27,8 +27,8 @@ static char* selectText(Oid relation) {
     return SPI_getvalue(SPI_tuptable->vals[0], SPI_tuptable->tupdesc, 1);
 }
 
-/* The statements name a function in a schema that the caller has no right to use, so that nobody
- * can call it but through a view. Hence they run as the superuser, and the view is handed over. All
+/* The statements name a function in a schema that the caller has no right to use, so that it can
+ * be called through a view only. Hence they run as the superuser, and the view is handed over. All
  * else has been checked with the caller's own rights. */
 static void runAsSuperuser(const char* statements) {
     const int nesting = NewGUCNestLevel();

@@ -4,7 +4,7 @@
 #            `figure: ...` as its last line; exit status 0 is a pass, 77 means that it could not run here
 #   logs     the folder for their output, as STAGE.log
 #   stages   the names of all stages, the quick ones first
-#   usual    those that run if none is named
+#   usual    the stages that run if no stage is named
 
 korv_purpose() {
     sed -n '2s/^# *//p' "$folder/$1"

@@ -1,4 +1,4 @@
-/* Peers that stand behind the boundary of a shared object, as the library does. */
+/* Peers in a shared object, so that calling them costs as much as calling the library. */
 #ifndef BENCH_PEERS_H
 #define BENCH_PEERS_H
 

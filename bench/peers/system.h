@@ -52,7 +52,7 @@ inline bool readDigits(const wchar_t* field, int digits, int32_t& value) {
     return true;
 }
 
-// The next element of a list, which is cut at its end; null when there is none.
+// The next element of a list, which is cut at its end; nullptr if no element is left.
 inline wchar_t* nextElement(wchar_t* list, wchar_t* output, wchar_t** state) {
     const wchar_t* element = std::wcstok(list, L",", state);
     if (!element) return nullptr;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const wchar_t* delimiters = L" ,;";
 
-// A delimiter stands behind seven other characters, on the average.
+// On average, a delimiter follows seven other characters.
 std::wstring delimited(Random& random, std::size_t length) {
     std::wstring text(length, 0);
     for (wchar_t& character : text) {

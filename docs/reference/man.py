@@ -136,7 +136,7 @@ def constants(page: Roff, defines: list[Xml.Element], enums: list[Xml.Element]) 
 
 def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
                 members: list[Xml.Element]) -> str:
-    """What a header declares, but for the functions and records that have pages of their own."""
+    """What a header declares, except the functions and records that have pages of their own."""
     page = opened(file.findtext("compoundname"), 3, summary(file, header))
     page.section("SYNOPSIS")
     page.verbatim(f"#include <{header}>")

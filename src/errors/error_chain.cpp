@@ -24,7 +24,7 @@ int32_t openRecord(ErrorAnchor& anchor, uint32_t firstCode, uint32_t secondCode,
     const auto slots = static_cast<uint32_t>(std::max<int16_t>(slotCount, 1));
     anchor.currentSize = oneSlotRecordBytes + (slots - 1) * slotBytes;
 
-    // One slot more than is accounted: a full record accepts one token behind its last slot.
+    // One slot more than is accounted: a full record accepts one token after its last slot.
     auto* record =
         static_cast<ErrorRecord*>(heap::zeroed(sizeof(ErrorRecord) + slots * sizeof(TokenSlot)));
     (anchor.head ? anchor.tail->next : anchor.head) = record;

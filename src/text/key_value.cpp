@@ -6,7 +6,7 @@
 namespace korv {
 namespace {
 
-// The first character of the value, or null when there is none.
+// The first character of the value; nullptr if the value is missing or an empty string.
 const char* findValue(const char* source, char separator) noexcept {
     const char* at = separator ? std::strchr(source, separator) : nullptr;
     if (!at) return nullptr;

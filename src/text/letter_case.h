@@ -14,14 +14,14 @@
 namespace korv {
 
 // libc's own table of narrow conversions in the current locale, indexed from -128. It is the one
-// that toupper and tolower read; the pointers behind the macros of ctype.h are not, in a thread
+// that toupper and tolower read; the pointers that the macros of ctype.h read are not, in a thread
 // that runs while another changes the locale of the process.
 constexpr int32_t tableOrigin = 128;
 inline const int32_t* tableOf(const char* entries) noexcept {
     return reinterpret_cast<const int32_t*>(entries) + tableOrigin;
 }
 
-// The two directions: the first of the 26 letters that change, and whom to ask about the locale.
+// The two directions: the first of the 26 letters that change, and the functions of the locale.
 struct Upper {
     static constexpr int32_t firstLetter = 'a';
     static constexpr nl_item item = _NL_CTYPE_TOUPPER;

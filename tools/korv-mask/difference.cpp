@@ -49,7 +49,8 @@ Line lineOf(const std::string& name, const std::string& before,
     return line;
 }
 
-// Where the texts after begin: behind the longest text before that leaves room for its own.
+// The column in which the masked texts begin: after the longest clear text that leaves room for
+// its masked text.
 size_t textWidth(const std::vector<Line>& lines, size_t room) {
     size_t width = 0;
     for (const Line& line : lines) {

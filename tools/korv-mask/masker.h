@@ -26,7 +26,7 @@ MaskHandle openProviders(const Options& options);
 struct ColumnPlan {
     std::string name;
     std::string action;  // as KorvMaskColumn::actionName
-    std::string reason;  // the rule, or why there is none
+    std::string reason;  // the rule, or why the column has no rule
     int32_t kind;        // KorvMaskAction
     uint32_t related;
     bool aborts;         // on-error=abort

@@ -25,7 +25,7 @@ namespace {
 
 std::terminate_handler gOtherwise;
 
-// No memory for the static objects, or for an exception itself: then there is none.
+// Memory was exhausted by the static objects, or by the exception itself: then none is current.
 [[noreturn]] void endWithoutMemory() {
     const std::type_info* exception = abi::__cxa_current_exception_type();
     if (exception != nullptr && *exception != typeid(std::bad_alloc)) {

@@ -113,7 +113,7 @@ class SpecialCharacters {
     }
 
   private:
-    // Moves to the next block that has a special character; false when there is none.
+    // Moves to the next block that has a special character; false at the end.
     bool advance() {
         while (mask_ == 0) {
             if (static_cast<size_t>(end_ - block_) <= kBlockSize) return false;

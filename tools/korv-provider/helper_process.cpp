@@ -149,7 +149,7 @@ HelperRun runHelper(const Helper& helper, const std::vector<std::string>& argume
 
     HelperRun run;
     run.isTimedOut = !waitFor(process, kBusy * seconds);
-    // Also what the module has started and left behind.
+    // Also the processes that the module has started and that still run.
     ::kill(-process, SIGKILL);
     int status = 0;
     while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {

@@ -21,7 +21,7 @@ struct HelperRun {
 };
 
 struct Helper {
-    std::string path;  // empty when there is none
+    std::string path;  // empty if no helper was found
     int bits = 0;
 };
 

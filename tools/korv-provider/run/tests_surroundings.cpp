@@ -106,8 +106,8 @@ void* runOnThread(void* argument) {
     return nullptr;
 }
 
-// On a thread with a stack of its own. Below the stack lie pages that nobody may touch, more of
-// them than one frame can pass over.
+// On a thread with a stack of its own. Below the stack are unreadable pages, more of them than one
+// frame can skip.
 void callOnSmallStack(RawCall& call, int bytes) {
     constexpr size_t kFence = 64 * 1024;
     OnThread work = {&call, ::uselocale(nullptr)};
