@@ -9,8 +9,8 @@
 namespace korv::heap {
 
 inline void* zeroed(std::size_t bytes) noexcept {
-    // A 32-bit heap cannot have a larger block. A 64-bit one refuses it as well, because such a size
-    // comes from a negative length.
+    // A 32-bit heap cannot have a larger block. It is refused for 64 bits as well, because such a
+    // size comes from a negative length.
     if (sizeof bytes > sizeof(int32_t) && bytes > INT32_MAX) return nullptr;
     void* block = std::malloc(bytes);
     if (block) std::memset(block, 0, bytes);

@@ -1,5 +1,5 @@
 // Case conversion that follows the host's locale, but converts ASCII letters in blocks where that
-// locale treats them as everybody expects. It is asked in every call: the host may change its
+// locale converts them as ASCII does. Each call looks at the locale, because the host may change its
 // locale at any time.
 #pragma once
 

@@ -25,7 +25,8 @@ namespace {
 
 std::terminate_handler gOtherwise;
 
-// Memory was exhausted by the static objects, or by the exception itself: then none is current.
+// Called without a current exception if there is no memory for the static objects or for the
+// exception itself.
 [[noreturn]] void endWithoutMemory() {
     const std::type_info* exception = abi::__cxa_current_exception_type();
     if (exception != nullptr && *exception != typeid(std::bad_alloc)) {
