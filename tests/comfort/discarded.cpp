@@ -1,4 +1,4 @@
-// Results of the C++ header that nobody looks at: discarded.py expects a warning for each line that
+// Ignored results of the C++ header: discarded.py expects a warning for each line that
 // is marked with "drops", and for no other one.
 #include "korv/korv.hpp"
 

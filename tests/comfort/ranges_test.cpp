@@ -53,7 +53,7 @@ TEST(Ranges, WalkTheReferencesFromTheEmbeddedOneOn) {
     EXPECT_EQ((std::vector<int>{2, 0, 1}), positions);
 }
 
-// As the conversion counts, but for positions past the end.
+// As the conversion counts, except for positions past the end.
 TEST(Ranges, FindTheFieldThatAReferencePicks) {
     const std::vector<int> positions = {0, 1, 2, 3, 32767, -1, -32768, 2};
     Request request(3, positions);

@@ -199,7 +199,7 @@ TEST_F(ConvertBlock, WithoutMemoryReleasesNodesChainedBefore) {
     }
 }
 
-// The block's field list is released whoever built it.
+// The block's field list is released, even if the caller built it.
 TEST_F(ConvertBlock, WithoutMemoryReleasesTheListOfTheCaller) {
     Request fields(2, {0});
     Request references(0, {0, 1});

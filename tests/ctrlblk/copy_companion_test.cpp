@@ -14,7 +14,7 @@ class CopyCompanion : public HeapTest {
     void SetUp() override {
         HeapTest::SetUp();
         companion::reset();
-        // The flag is the first byte of the member; the other three belong to nobody.
+        // The flag is the first byte of the member; the other three are not used.
         text.head.wideText = nullptr;
         std::memset(&text.head, 0xEE, sizeof text.head);
         text.head.flag = 0x77;

@@ -83,7 +83,7 @@ inline void expectSame(const FieldDefI& expected, const FieldDefI& actual) {
     EXPECT_MEMBER(expected, actual, narrowText);
 }
 
-// Everything behind the header of an operand.
+// Every member after the header of an operand.
 inline void expectOperandCarried(const OprDef& expected, const OprDef& actual) {
     EXPECT_MEMBER(expected, actual, oprCode);
     EXPECT_MEMBER(expected, actual, oprText);

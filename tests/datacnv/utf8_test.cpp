@@ -20,7 +20,7 @@ void expectLikeTable(const uint8_t* bytes, uint32_t length) {
         ASSERT_EQ(1u, outLen);
         ASSERT_EQ(expected, target[0]);
     } else if (status == CNV_SUCCESS) {
-        ASSERT_LT(1u, outLen) << "one character of what is none";
+        ASSERT_LT(1u, outLen) << "a malformed sequence gave one character";
         // Several characters: the first must be whole by itself, and so the rest.
         for (uint32_t cut = 1; cut < length; ++cut) {
             if (character(bytes, static_cast<int>(cut)) != target[0]) continue;

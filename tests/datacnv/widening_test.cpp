@@ -18,7 +18,7 @@ std::wstring latin1(const std::string& text) {
     return wide;
 }
 
-// Text behind its 16-bit length, `shift` bytes off alignment, next to an unreadable page.
+// Text after its 16-bit length, `shift` bytes off alignment, next to an unreadable page.
 auto variableText(const std::string& text, int16_t length, const CnvOptions* options) {
     return [=](wchar_t* target, uint32_t capacity, uint32_t* outLen) {
         Fenced<char> source(sizeof length + text.size());

@@ -1,4 +1,4 @@
-// Work buffers: allocation, growth, what is zeroed, and what a failure leaves behind.
+// Work buffers: allocation, growth, what is zeroed, and what remains after a failure.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-"""Does what a document tells its reader to do, and compares what is printed with what stands there.
+"""Runs the commands of a document and compares their output with the output that it shows.
 
 Usage: run_document.py DOCUMENT BUILD-FOLDER
 
@@ -6,7 +6,7 @@ In the document
   a block whose first line is a comment with a file's name, /* name.c */, // name.cpp or # name, is
   written to that file;
   a block of `sh` is run by bash in the same scratch folder;
-  a block of `text` behind it holds what the commands print.
+  a block of `text` after it holds what the commands print.
 Any other block is only read. The commands find the library where it has been installed from the
 build folder, and the compilers and tools that the machine has.
 """

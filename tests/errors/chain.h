@@ -58,7 +58,7 @@ inline std::uint32_t openedBytes(std::int16_t slotCount) {
     return recordBytes(slotCount) + slots * static_cast<std::uint32_t>(sizeof(TokenSlot));
 }
 
-// Any slot of a record, those behind its first one included.
+// Any slot of a record, including those after its first one.
 inline TokenSlot& slotOf(ErrorRecord* record, std::size_t index) {
     return (&record->tokenSlots[0])[index];
 }

@@ -165,7 +165,7 @@ TEST_F(ErrorChain, IsReachedThroughTheBlock) {
     EXPECT_EQ(-1, ErrorCapture(&block, 7, 8, 3));
 }
 
-// Nothing of a block but its anchor is read: here all behind it lies in the unreadable page.
+// Only the anchor of a block is read: here all after it lies in the unreadable page.
 TEST_F(ErrorChain, ReadsNothingElseOfTheBlock) {
     constexpr std::size_t end = offsetof(CtrlBlkI, errorAnchor) + sizeof block.errorAnchor;
     Fenced<char> bytes(end);

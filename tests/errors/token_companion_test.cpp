@@ -125,7 +125,7 @@ TEST_F(TokenCompanion, ThatFailsIsNotNoticed) {
 }
 
 TEST_F(TokenCompanion, IsNotAskedForZeroAndCopiedTexts) {
-    // Only the bytes of the type count: behind the 16-bit zeros there is something else.
+    // Only the bytes of the type count: the bytes after the 16-bit zeros are not zero.
     const std::uint32_t word = 0;
     const std::uint16_t halves[2] = {0, 0xFFFF};
     for (const std::int16_t type : {INTEGER, U_INTEGER, SMALLINT, USMALLINT}) {

@@ -94,7 +94,7 @@ TEST_F(TokenSlots, AreReachedThroughTheBlock) {
     EXPECT_EQ(90u, slotOf(record, 1).tokenId);
 }
 
-// Identifier 0 marks an unused slot: the next token goes there, and nobody frees the text.
+// Identifier 0 marks an unused slot: the next token goes there, and the text is not freed.
 TEST_F(TokenSlots, UnderIdentifierZeroStayUnused) {
     ErrorRecord* const record = open(2);
     ASSERT_EQ(0, capture(111, 0));
@@ -165,7 +165,7 @@ TEST_F(TokenSlots, AreUsedUpByFailedCaptures) {
     EXPECT_STREQ(L"7", slotOf(record, 3).text);
 }
 
-// The text of a token that is replaced in vain is gone from the slot, and nobody frees it.
+// The text of a token that is replaced in vain is gone from the slot, and is not freed.
 TEST_F(TokenSlots, AreEmptiedByFailedCaptures) {
     ErrorRecord* const record = open(1);
     const std::int32_t number = 7;

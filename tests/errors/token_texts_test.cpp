@@ -55,7 +55,7 @@ std::wstring widened(const std::string& text) {
     return wide;
 }
 
-// A 16-bit byte count and the text behind it.
+// A 16-bit byte count and the text after it.
 std::string prefixed(const void* text, std::size_t bytes) {
     const auto count = static_cast<std::int16_t>(bytes);
     std::string value(sizeof count + bytes, '\0');

@@ -56,7 +56,7 @@ static OprDef integer_operand = {.link = &wide_operand,
 static OprDef plain_operand = {.link = &integer_operand, .oprCode = 1, .oprText = L"FLAG"};
 SvcDefI service = {.svcCode1 = 6, .oprDefs = &plain_operand};
 
-/* The X form, with a block header that nobody wrote. */
+/* The X form, with a block header that is not filled in. */
 static FieldDefX x_field = {.header = {"FLDX", 21, 52}, .dataType = WCHAR, .wideText = L"CITY"};
 CtrlBlkX block = {.header = {"BLKX", 21, 56},
                   .fieldDefs = &x_field,

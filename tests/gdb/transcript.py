@@ -1,8 +1,8 @@
 """Runs a session of gdb again and compares what it prints.
 
 Usage: transcript.py (static | live) FILE PROGRAM SOURCE-FOLDER [GDB-OPTION...]
-FILE has lines of the form "(gdb) COMMAND", each with the output behind it; of a Markdown file the
-block ```gdb counts. Exit status 77 where a live session is impossible: nothing may be traced here.
+FILE has lines of the form "(gdb) COMMAND", each followed by its output; in a Markdown file
+the block ```gdb is used. Exit status 77 where a live session is impossible: nothing may be traced here.
 """
 import os
 import re

@@ -51,7 +51,7 @@ class ProgramTest(InstallationTest):
                          self.files(self.prefix / "lib/korv-providers"))
 
     def test_no_search_path_has_the_current_folder(self):
-        """An empty entry is the current folder: whoever writes there could replace a library."""
+        """An empty entry is the current folder: anyone who can write there could replace a library."""
         checked = 0
         for root in (BUILD, self.prefix):
             for file in [*(root / "bin").glob("korv-*"), *root.glob("lib/korv-providers/*.so"),

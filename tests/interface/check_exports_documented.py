@@ -10,7 +10,7 @@ def exports(path):
 
 
 def documented(name, header):
-    """Whether the paragraph that declares the name opens with a comment; None if there is none."""
+    """Whether the paragraph that declares the name opens with a comment; None if no paragraph does."""
     for paragraph in re.split(r"\n\s*\n", header):
         declaration = re.search(rf"^KORV_API\b[^;]*?\b{name}\b\s*[(\[]", paragraph, flags=re.M)
         if declaration:

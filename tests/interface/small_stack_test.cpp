@@ -7,7 +7,7 @@
 
 namespace {
 
-// Below the stack lie pages that nobody may touch, more of them than one frame can pass over.
+// Below the stack are unreadable pages, more of them than one frame can skip.
 constexpr std::size_t kGuard = 64 * 1024;
 
 struct Call {

@@ -73,7 +73,7 @@ class CommandTest(unittest.TestCase):
         return path
 
     def contents(self, name):
-        """The contents of a file, or None where there is none."""
+        """The contents of a file, or None if it does not exist."""
         return read(self.path(name)) if os.path.exists(self.path(name)) else None
 
     def run_program(self, *arguments, stdin=b"", **options):

@@ -69,7 +69,7 @@ class OutputFilesTest(CommandTest):
             os.symlink(name, self.path("link." + name))
             for spelling in (name, "./" + name, "hard." + name, "link." + name):
                 for option in WRITTEN:
-                    # The output may take the place of the input, but for its hard links.
+                    # The output may replace the input, but not a file with hard links.
                     if (option, name) != ("-o", "in.csv"):
                         with self.subTest(option=option, name=spelling):
                             result = self.assert_refused(option, spelling)
@@ -139,7 +139,7 @@ class OutputFilesTest(CommandTest):
         self.assertEqual((MASKED, b"old\n"), (self.contents("o.csv"), self.contents("hard.csv")))
 
     def test_owner_and_mode_are_kept(self):
-        """Fault 5: the masked file belonged to whoever ran the program."""
+        """Fault 5: the masked file belonged to the user who ran the program."""
         other = 65534 if os.geteuid() == 0 else os.geteuid()
         for output in ("o.csv", "in.csv"):
             self.write(output, ROWS)

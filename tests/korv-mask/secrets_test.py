@@ -16,7 +16,7 @@ SHORT = 4
 
 class SecretsTest(CommandTest):
     def everything(self, rows, rules, *arguments):
-        """All that a run writes but for its output, as text."""
+        """All that a run writes except its output, as text."""
         run = self.mask(rows, rules, "--html", "page.html", "--progress", "always", *arguments)
         texts = {"report": run.report, "messages": run.messages + run.stdout.decode(),
                  "summary": (run.raw_summary or b"").decode(),

@@ -58,7 +58,7 @@ class SignalsTest(FileTest):
                 left = 0
                 for _ in self.each(signal.SIGKILL, target, jobs):
                     names = self.temporaries()
-                    # It is in nobody's way.
+                    # It does not disturb later runs.
                     self.mask_undisturbed(target, jobs=jobs)
                     self.assertEqual(names, self.temporaries())
                     self.assertLessEqual(len(names), 1)

@@ -199,7 +199,7 @@ Values manyValues() {
     return values;
 }
 
-// Everything that the batches of a column leave behind, as text.
+// The results, states, counts and records of a column's batches, as text.
 std::string outcome(const std::string& rule, size_t size, const Values& values) {
     Mask mask(rule);
     std::string text, states;

@@ -239,5 +239,5 @@ inline bool contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-// Every test of the engine looks for blocks of the support library that stay behind.
+// Every test of the engine looks for blocks of the support library that were not freed.
 class EngineTest : public HeapTest {};

@@ -13,7 +13,7 @@ void failAt(unsigned n);
 // Allocations tried since the last failAt.
 unsigned allocations();
 
-// Blocks that nobody has deleted.
+// Blocks that have not been deleted.
 std::size_t liveBlocks();
 
 }  // namespace cxx_heap

@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 using BatchErrorsTest = EngineTest;
 
-// An error that maskBatch captures is nobody's; it belongs to no later value either.
+// An error that maskBatch captures is reported for no value, not for a later one either.
 TEST_F(BatchErrorsTest, ErrorsOfMaskBatchDoNotReachOtherValues) {
     Mask mask("A = BROKEN_BATCH_ERROR");
     mask.batch({"good", "zebra", "good"});

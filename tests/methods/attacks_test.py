@@ -75,9 +75,9 @@ class TransposedDigitsTest(MethodsTest):
     def recovered(self, masked, pairs, provider, rules, places):
         """The attacker's guesses at the digits of masked values at these places.
 
-        The attacker knows some pairs of a clear and a masked value. He takes the first rule that
-        agrees with them, or any if there is none. By masking values of his own he learns for each
-        place where its digit goes and what it becomes. Then he reads the masked values backwards.
+        The attacker knows some pairs of a clear and a masked value, and takes the first rule that
+        agrees with them, or any rule without pairs. Masking chosen values by that rule shows for
+        each place where its digit goes and what it becomes. The masked values are then reversed.
         """
         clear, known = map(list, zip(*pairs))
         columns = [(f"{provider}, {rule}", clear) for rule in rules]

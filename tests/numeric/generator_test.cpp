@@ -1,5 +1,5 @@
 // Random values from a generator and a clock that this program defines in place of the system's:
-// what is asked of them, and when.
+// which calls are made to them, and when.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

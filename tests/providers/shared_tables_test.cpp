@@ -37,7 +37,7 @@ TEST_F(SharedTablesTest, AnInstanceUsesTheTableOfAnother) {
         const auto first = openRule(text);
         ASSERT_EQ("", first->error());
         const std::string masked = maskBy(*first, "a");
-        // Nobody can see this change: the second instance would only see it if it read the file.
+        // This change stays unnoticed: the second instance would see it only if it read the file.
         overwrite("a = other\n", true);
         EXPECT_EQ(masked, maskBy(*openRule(text), "a"));
     }

@@ -15,7 +15,7 @@ from korv import _engine
 
 RULES = "CARD = CCN, secret=test\nNUMBER = NID, secret=test\nDATE = AGE, secret=test, range=-9..9, per=CARD"
 CARDS = pa.array([str(4556737586890000 + i) for i in range(20_000)])
-# So few digits that the provider shares a table between its instances, behind a lock.
+# So few digits that the provider shares a table between its instances, protected by a lock.
 NUMBERS = pa.array([str(i % 10_000) for i in range(20_000)])
 
 

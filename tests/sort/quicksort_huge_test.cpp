@@ -12,8 +12,8 @@ namespace {
 constexpr std::uint32_t width = 1u << 20;
 constexpr std::uint32_t count = 2048 + 150;
 
-// Answers by place, whatever is there: each partition but for two elements at its end lies on the
-// left.
+// Compares places instead of values, so that each partition puts all elements except the last two
+// on the left.
 struct Answers {
     char* base;
     std::uint32_t last = count - 1;

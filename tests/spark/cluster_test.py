@@ -1,4 +1,4 @@
-"""Masking millions of rows: the result is that of one process, whatever the partitions are and whoever is killed."""
+"""Masking millions of rows: the result is that of one process, for any partitions and after any worker is killed."""
 import os
 import signal
 import threading

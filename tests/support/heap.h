@@ -20,7 +20,7 @@ void failAt(unsigned n);
 // Allocations tried since the last failAt.
 unsigned allocations();
 
-// Blocks that the libraries allocated and nobody has freed.
+// Blocks that the libraries allocated and that have not been freed.
 std::size_t liveBlocks();
 
 // Bytes that were asked for when the live block was allocated; 0 for any other address.

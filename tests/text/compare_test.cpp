@@ -207,7 +207,7 @@ TEST_P(CompareInLocale, DifferencesAreFoundAtEveryLengthAndPlace) {
                     ASSERT_EQ(counted.compareCounted(second.data(), first, bound),
                               StringWNCaseCompare(second.data(), first, bound));
                 }
-                // What the calls above left behind.
+                // The pair that the calls above compared last.
                 ASSERT_EQ(whole.compare(L"", L"x"), StringWCaseCompare(L"", L"x"));
                 ASSERT_EQ(counted.compareCounted(L"x", L"", 1), StringWNCaseCompare(L"x", L"", 1));
             };

@@ -1,4 +1,4 @@
-// Values behind a key and a separator.
+// Values after a key and a separator.
 #include <cstdint>
 #include <random>
 #include <string>

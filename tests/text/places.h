@@ -10,7 +10,7 @@
 #include "support/fenced.h"
 
 // Calls body(pointer) for `count` elements that end at an unreadable page, and then at every
-// alignment within 16 bytes, close behind an unreadable page and with canaries on both sides.
+// alignment within 16 bytes, right after an unreadable page and with canaries on both sides.
 template <class T, class Body>
 void atEveryPlace(std::size_t count, Body body) {
     {
