@@ -1,6 +1,6 @@
 // Case conversion that follows the host's locale, but converts ASCII letters in blocks where that
-// locale converts them as ASCII does. Each call looks at the locale, because the host may change its
-// locale at any time.
+// locale converts them as ASCII does. Each call looks at the locale, because the host may change
+// it at any time.
 #pragma once
 
 #include <langinfo.h>

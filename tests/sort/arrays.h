@@ -44,7 +44,7 @@ inline uint32_t keyOf(Shape shape, uint32_t i, uint32_t count, std::mt19937& ran
             return i % 11;
         case Shape::lastOut:
             return i + 1 == count ? 0 : i + 1;
-        // Equal elements except for the last one: both sides of the pivot are sorted already.
+        // Equal elements except for the last one: neither side of the pivot waits to be sorted.
         case Shape::lastGreater:
             return i + 1 == count ? 2 : 1;
         case Shape::lastSmaller:
