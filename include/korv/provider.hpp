@@ -199,7 +199,7 @@ class Operands {
     const PrvCall& call_;
 };
 
-/** The UTF-8 value of another column in the same row; empty when it is NULL. */
+/** The UTF-8 value of another column in the same row; an empty text if the value is NULL. */
 using Related = std::string_view;
 
 /** A value in its target buffer, where it is masked: `length` characters and a terminator.

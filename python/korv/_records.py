@@ -37,7 +37,7 @@ class MaskRecord:
     status: Status = Status.VALUES_FAILED
     is_first: bool = True  #: False for the further records of a value that has several
     provider: str | None = None
-    rules_line: int = 0  #: line of the rules, from 1; 0 when there is none
+    rules_line: int = 0  #: line of the rules, from 1, or 0
     rules_position: int = 0  #: character in that line, from 1
 
 

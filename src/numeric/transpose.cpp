@@ -12,8 +12,8 @@ namespace {
 
 constexpr int maxLength = 12;
 
-// A number under work, zero-filled behind its digits, so that whatever position a permutation names
-// holds something.
+// A number that is being transposed, zero-filled after its digits, so that every position that a
+// permutation names holds a value.
 template <class Char>
 using Digits = Char[maxLength + groupSize];
 

@@ -76,8 +76,9 @@ class TransposedDigitsTest(MethodsTest):
         """The attacker's guesses at the digits of masked values at these places.
 
         The attacker knows some pairs of a clear and a masked value, and takes the first rule that
-        agrees with them, or the first one of all if no rule does. Masking chosen values by that rule shows for
-        each place where its digit goes and what it becomes. The masked values are then reversed.
+        agrees with them, or the first one of all if no rule does. Masking chosen values by that rule
+        shows for each place where its digit goes and what it becomes. The masked values are then
+        reversed.
         """
         clear, known = map(list, zip(*pairs))
         columns = [(f"{provider}, {rule}", clear) for rule in rules]

@@ -16,7 +16,8 @@ class Fenced {
   public:
     enum class Fence { behind, before };
 
-    // `count` elements that end at the unreadable page (behind), or start right after it (before).
+    // `count` elements with the unreadable page right after them (behind) or right before them
+    // (before).
     explicit Fenced(std::size_t count, Fence fence = Fence::behind) : count_(count) {
         const std::size_t page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
         const std::size_t bytes = count * sizeof(T);

@@ -18,7 +18,7 @@ SELECT nspname FROM pg_namespace WHERE nspname LIKE 'korv%' AND
     (has_schema_privilege('stranger', oid, 'USAGE') OR has_schema_privilege('owner', oid, 'CREATE'));
 SELECT nspname FROM pg_namespace WHERE nspname = 'korv_views'
     AND has_schema_privilege('owner', oid, 'USAGE');
--- All functions have a fixed search_path, but for those in C.
+-- All functions have a fixed search_path, except those in C.
 SELECT pg_proc.oid::regprocedure FROM pg_proc JOIN pg_language ON pg_language.oid = prolang
 WHERE pronamespace IN ('korv'::regnamespace, 'korv_views'::regnamespace) AND lanname <> 'c'
     AND proconfig IS DISTINCT FROM '{"search_path=pg_catalog, pg_temp"}';
@@ -145,7 +145,7 @@ REVOKE USAGE ON SCHEMA korv_views FROM reader;
 SELECT pg_get_viewdef('customers_masked') AS definition \gset
 CREATE OR REPLACE VIEW customers_masked AS :definition
 CREATE VIEW other_masked AS :definition
--- The secret is checked for whoever creates a view, also when the label was set by somebody else.
+-- The secret is checked for the role that creates a view, also if another role has set the label.
 \c - :superuser
 SECURITY LABEL FOR korv ON COLUMN customers."Name" IS 'AFF, secret=payroll';
 \c - owner
