@@ -1,5 +1,6 @@
 # Fetches Debian packages for i386 and unpacks them. They are not installed, because many of them conflict
 # with the packages for this machine's own word size. Sourced.
+# shellcheck shell=bash
 
 # korv_unpack_i386 FOLDER PACKAGE...: fails if the package index or a package cannot be fetched.
 korv_unpack_i386() {

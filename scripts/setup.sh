@@ -1,4 +1,5 @@
 # Installs Debian packages that other scripts need and that are missing. Sourced.
+# shellcheck shell=bash
 
 # korv_install PACKAGE...: through apt-get, as root or with sudo. Does nothing if all are installed.
 korv_install() {

@@ -1,4 +1,5 @@
 # Builds and runs the tests of a preset. Sourced by the stages of the tests.
+# shellcheck shell=bash
 . scripts/setup.sh
 
 korv_build() { # PRESET BUILD-OPTION...
