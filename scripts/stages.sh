@@ -5,6 +5,7 @@
 #   logs     the folder for their output, as STAGE.log
 #   stages   the names of all stages, the quick ones first
 #   usual    the stages that run if no stage is named
+# shellcheck shell=bash disable=SC2154  # The callers set these.
 
 korv_purpose() {
     sed -n '2s/^# *//p' "$folder/$1"

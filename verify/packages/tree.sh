@@ -1,5 +1,6 @@
 # Makes trees with a Debian system in them, which are gone when their work is done. Sourced with the folder
 # to work in as $work; the packages that apt has fetched stay in $work/cache.
+# shellcheck shell=bash disable=SC2154  # The callers set $work.
 mirror=http://deb.debian.org/debian
 
 # in_tree VARIANT ARCHITECTURES FILE... -- COMMAND...: runs the command in a tree with the files in
@@ -13,6 +14,7 @@ in_tree() {
     done
     shift
     mkdir -p "$work/cache/partial"
+    # shellcheck disable=SC2016  # mmdebstrap runs the hooks with the tree as $1.
     mmdebstrap --quiet --variant="$variant" --architectures="$architectures" \
         --skip=essential/unlink --dpkgopt=force-unsafe-io \
         --setup-hook='mkdir -p "$1/var/cache/apt/archives" "$1/work/out"' \

@@ -1,4 +1,5 @@
 # Runs a part of the tests under one sanitizer, for 64 bits. Sourced by the stages.
+# shellcheck shell=bash
 
 # build_sanitized SANITIZER "FOLDER..." [CMAKE-OPTION...]: builds the programs of the folders in
 # build/verify/SANITIZER.
@@ -22,6 +23,7 @@ test_sanitized() {
     if setarch -R true; then in_place=(setarch -R); fi
     "${in_place[@]}" ctest --test-dir "build/verify/$1" --tests-regex "$2" --no-tests=error \
         --timeout 300 -j "$(nproc)" --verbose 2>&1 | tee "$log" || status=$?
+    # shellcheck disable=SC2034  # The stages use it.
     tests=$(sed -n -E 's/^.* tests failed out of ([0-9]+)$/\1/p' "$log")
     findings=$(grep -c 'WARNING: [A-Za-z]*Sanitizer' "$log" || true)
     words=$(sed -n -E 's/^[0-9]+: ([0-9]+ functions .*);.*/\1/p' "$log")
