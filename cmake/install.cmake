@@ -48,9 +48,14 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/korv-support-config.cmake
               ${CMAKE_CURRENT_LIST_DIR}/korv_add_provider_check.cmake
         DESTINATION ${packages} COMPONENT development)
 
+# The documents keep their places relative to each other, so that their links lead to installed files.
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-              ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
+              ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md ${PROJECT_SOURCE_DIR}/SECURITY.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+foreach(folder IN ITEMS postgresql python tools/korv-mask)
+  install(FILES ${PROJECT_SOURCE_DIR}/${folder}/README.md
+          DESTINATION ${CMAKE_INSTALL_DOCDIR}/${folder} COMPONENT documentation)
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/provider_template
                   ${PROJECT_SOURCE_DIR}/examples/provider_template_cpp
         DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT documentation)

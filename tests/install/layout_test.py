@@ -20,7 +20,8 @@ def packages(*libraries):
 
 HEADERS = {f"include/korv/{path.name}" for path in (SOURCE / "include/korv").iterdir()}
 TEMPLATES = ("provider_template", "provider_template_cpp")
-DOCUMENTS = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md"} | {
+DOCUMENTS = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md", "SECURITY.md", "postgresql/README.md",
+             "python/README.md", "tools/korv-mask/README.md"} | {
     f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
     if path.is_file() and path.parent.name != "reference"} | {
     f"examples/{name}/{path.name}" for name in TEMPLATES
