@@ -171,14 +171,14 @@ def pgcrypto_hmac():
 def batches(build, now):
     """The rows of single values in batches."""
     lines = run_or_exit([now / "bin/bench_batch", now / "lib/bench-providers"]).splitlines()
-    times = {name: float(time) for time, name in (line.split(" ", 1) for line in lines)}
+    times = {name: float(taken) for taken, name in (line.split(" ", 1) for line in lines)}
     result = []
-    for name, time in times.items():
+    for name, taken in times.items():
         limit = BATCH_LIMITS.get(name)
         if limit:
-            result.append(row(f"{name}, a value", f"{limit:.0f} ns", time, limit, "ns"))
+            result.append(row(f"{name}, a value", f"{limit:.0f} ns", taken, limit, "ns"))
         else:
-            print(f"{FUNCTION}: {name}: {time:,.0f} ns a value", file=sys.stderr)
+            print(f"{FUNCTION}: {name}: {taken:,.0f} ns a value", file=sys.stderr)
     result.append(row("FF1 of 9 digits, a value", "Python ff3", times["FF1 of 9 digits"],
                       python_ff3(build), "ns"))
     result.append(row("EML pseudonym, a value", "pgcrypto hmac", times["EML pseudonym"],

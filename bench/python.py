@@ -49,19 +49,24 @@ def least(rounds, *calls):
     return times
 
 
+def timed(masker, name, array):
+    """The seconds that KorvMaskBatch and mask_column take for a column."""
+    handle = _engine.Handle(masker._settings, (name,), 0)
+    strings, result = _engine._strings_of(array), ctypes.POINTER(_engine.KorvMaskResult)()
+    arguments = handle._handle, 0, 0, ctypes.byref(strings), None, ctypes.byref(result)
+    batch = _engine.library.KorvMaskBatch
+    return least(ROUNDS, lambda: batch(*arguments), lambda: masker.mask_column(name, array))
+
+
 def column_calls(values):
     table = duckdb.sql(CLEAR.format(rows=values)).to_arrow_table()
     print(f"column call of {values} values, least CPU time of {ROUNDS}")
     for name, rule in RULES.items():
-        array = table[name].combine_chunks()
         masker = korv.Masker(f"{name} = {rule}", {"bench": SECRET})
-        handle = _engine.Handle(masker._settings, (name,), 0)
-        strings, result = _engine._strings_of(array), ctypes.POINTER(_engine.KorvMaskResult)()
-        arguments = handle._handle, 0, 0, ctypes.byref(strings), None, ctypes.byref(result)
-        batch = _engine.library.KorvMaskBatch
-        native, python = least(ROUNDS, lambda: batch(*arguments), lambda: masker.mask_column(name, array))
+        native, python = timed(masker, name, table[name].combine_chunks())
         print(
-            f"  {rule.partition(',')[0]:5} C {native * 1e3:8.2f} ms   Python {python * 1e3:8.2f} ms   ratio {python / native:.2f}"
+            f"  {rule.partition(',')[0]:5} C {native * 1e3:8.2f} ms   Python {python * 1e3:8.2f} ms   "
+            f"ratio {python / native:.2f}"
         )
 
 

@@ -88,7 +88,7 @@ def main():
             batches = list(pq.ParquetFile(whole).iter_batches(100_000))
             show("one process, from memory to memory",
                  cpu_seconds(lambda: [masker.mask_table(batch, errors=[]) for batch in batches]) / millions)
-            del batches
+            batches = None  # Its memory is not needed any more.
 
         spark = (SparkSession.builder.master("local[1]").config("spark.ui.enabled", "false")
                  .config("spark.sql.shuffle.partitions", "1").getOrCreate())
@@ -105,9 +105,10 @@ def main():
             clear = spark.read.parquet(str(whole))
             run(masked(half))  # so that Java has compiled what runs often
             print(f"Spark, batches of {records} rows")
-            show("  read from Parquet", cpu_seconds(lambda: run(clear)) / millions)
+            show("  read from Parquet", cpu_seconds(lambda clear=clear: run(clear)) / millions)
             show("  and passed through Python",
-                 cpu_seconds(lambda: run(clear.mapInArrow(lambda batches: batches, clear.schema))) / millions)
+                 cpu_seconds(lambda clear=clear: run(clear.mapInArrow(lambda batches: batches, clear.schema)))
+                 / millions)
             show("  and masked there", cpu_seconds(lambda: run(masked(whole))) / millions)
             show("  the same with half of the rows", cpu_seconds(lambda: run(masked(half))) / millions * 2)
             show("  largest memory of the Python worker", largest_worker(), "MiB")

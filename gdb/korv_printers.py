@@ -12,7 +12,8 @@ an end show as a remark in < >.
 """
 import os
 import sys
-from typing import Callable, Iterator, Optional, Union
+from collections.abc import Iterator
+from typing import Callable, Optional, Union
 
 import gdb
 import gdb.printing
@@ -21,8 +22,8 @@ import gdb.types
 # Nothing is written beside what may be installed.
 sys.dont_write_bytecode, kept = True, sys.dont_write_bytecode
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
-import korv_lines as lines
-from korv_values import LIMIT, TOKENS, members, unreadable
+import korv_lines as lines  # noqa: E402
+from korv_values import LIMIT, TOKENS, members, unreadable  # noqa: E402
 del sys.path[0]
 sys.dont_write_bytecode = kept
 

@@ -1,6 +1,7 @@
 """What gdb shows of korv's values: texts, data by type, and the names of types and tokens."""
 import struct
-from typing import Iterable, Optional, Union
+from collections.abc import Iterable
+from typing import Optional, Union
 
 import gdb
 

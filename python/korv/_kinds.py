@@ -76,7 +76,8 @@ def column_of(values: Any, name: str) -> tuple[pa.ChunkedArray, Callable[[pa.Chu
     if hasattr(values, "__arrow_c_stream__"):
         return pa.chunked_array(values), lambda column: column
     raise TypeError(
-        f"column {name}: {type(values).__name__} is neither a list, a series nor an array with Arrow's PyCapsule interface"
+        f"column {name}: {type(values).__name__} is neither a list, a series nor an array "
+        "with Arrow's PyCapsule interface"
     )
 
 

@@ -38,7 +38,7 @@ def reachable(code: dict[int, str]) -> list[str]:
         jump = JUMP.match(code[at])
         if jump:
             waiting.append(int(jump[2], 16))
-        ends = code[at].startswith(("ret", "ud2")) or jump and jump[1] == "jmp"
+        ends = code[at].startswith(("ret", "ud2")) or (jump and jump[1] == "jmp")
         if not ends and at in follower:
             waiting.append(follower[at])
     return [normal(code[at], order[0]) for at in sorted(seen)

@@ -31,7 +31,7 @@ iframe { display: block; width: 100vw; height: 100vh; border: 0 }</style>
 """
 
 HOSTILE_NAME = "<script>document.title='run'</script>"
-ROWS = ("ID,CARD,NAME,\"%s\",CITY\n" % HOSTILE_NAME +
+ROWS = (f"ID,CARD,NAME,\"{HOSTILE_NAME}\",CITY\n" +
         "7719,4556737586899855,Petrosilius,Zwackelmann,Entenhausen\n" +
         "7720,4111-2222,Xaverl,Zwackelmann,Gansbach\n" +
         "7721,,Xaverl,Zwackelmann,Gansbach\n")

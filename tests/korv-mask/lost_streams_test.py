@@ -1,4 +1,5 @@
 """Readers that go away, full disks, limits, and standard streams that are closed."""
+import functools
 import os
 import resource
 import signal
@@ -56,7 +57,7 @@ class LostStreamsTest(FileTest):
                 reading, writing = os.pipe()
                 os.close(reading)
                 process = self.start("-o", "out.csv", jobs=jobs, stderr=writing,
-                                     preexec_fn=lambda: signal.signal(signal.SIGPIPE, action))
+                                     preexec_fn=functools.partial(signal.signal, signal.SIGPIPE, action))
                 os.close(writing)
                 self.assertEqual((status, None), self.finish(process))
                 self.assertFalse(self.all_or_nothing("out.csv"))

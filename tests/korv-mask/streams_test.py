@@ -94,7 +94,7 @@ class StreamsTest(CommandTest):
         """Runs with standard error on a terminal; returns what appears there."""
         master, slave = pty.openpty()
         with subprocess.Popen([PROGRAM, *arguments], stdin=stdin, stdout=subprocess.DEVNULL,
-                              stderr=slave) as process:
+                              stderr=slave):
             os.close(slave)
             shown = b""
             while True:

@@ -16,8 +16,8 @@ import string
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "korv-mask"))
-from command import CommandTest, main  # noqa: E402
-import make_customers  # noqa: E402
+from command import CommandTest, main
+import make_customers
 
 DIGITS, LETTERS = string.digits, string.ascii_lowercase
 KEYS, SHIFTS = 23, 9  # keys that differ modulo 23, and shifts 1 to 9

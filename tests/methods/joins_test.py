@@ -10,7 +10,7 @@ import re
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "korv-mask"))
-from command import ROOT, CommandTest, main, read  # noqa: E402
+from command import ROOT, CommandTest, main, read
 
 EXAMPLE = os.path.join(ROOT, "examples", "joins")
 sys.path.insert(0, EXAMPLE)

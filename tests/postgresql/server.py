@@ -117,8 +117,8 @@ class Server:
         """What a script prints, as bytes: rows without a header. Raises Failed with the first error.
         With keep_errors, all of the script runs, and all that it prints is returned, as text."""
         done = subprocess.run(
-            [f"{self.bin}/psql", "-XqAt", "-v", f"ON_ERROR_STOP={int(not keep_errors)}", "-v", "VERBOSITY=verbose", "-f",
-             "-", "-U", user, "-d", database],
+            [f"{self.bin}/psql", "-XqAt", "-v", f"ON_ERROR_STOP={int(not keep_errors)}", "-v", "VERBOSITY=verbose",
+             "-f", "-", "-U", user, "-d", database],
             env=self.environment, cwd=self.folder, input=script.encode(), capture_output=True,
             timeout=TIMEOUT, check=False, **AS_USER)
         if keep_errors:

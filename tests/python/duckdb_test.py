@@ -90,7 +90,10 @@ def test_messages_hold_no_value(connection):
 
 def test_failed_values_can_be_null(connection):
     korv.duckdb.register(connection, SECRETS, name="masked", errors="null")
-    query = "select masked(value, 'CCN, secret=test, on-error=const, value=x') from (values (1, '12'), (2, ?), (3, NULL)) t(i, value) order by i"
+    query = (
+        "select masked(value, 'CCN, secret=test, on-error=const, value=x') "
+        "from (values (1, '12'), (2, ?), (3, NULL)) t(i, value) order by i"
+    )
     masked = korv.mask([CARD], "CCN, secret=test", SECRETS)[0]
     assert connection.execute(query, [CARD]).fetchall() == [(None,), (masked,), (None,)]
     with pytest.raises(ValueError, match="'raise' or 'null'"):

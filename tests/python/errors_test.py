@@ -38,7 +38,7 @@ def test_records():
 
 
 def test_exceptions():
-    with pytest.raises(korv.MaskError, match="^2 values failed: row 0, column value: CCN error 2") as caught:
+    with pytest.raises(korv.MaskError, match=r"^2 values failed: row 0, column value: CCN error 2") as caught:
         korv.mask(["1", "2", CARD], RULE, SECRETS)
     assert [record.row for record in caught.value.records] == [0, 1]
     assert caught.value.status == korv.Status.VALUES_FAILED

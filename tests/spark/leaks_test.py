@@ -88,8 +88,7 @@ def busy(spark, secrets_file, tmp_path, processes):
         import os
         import time
 
-        for batch in batches:
-            yield batch
+        yield from batches
         while not os.path.exists(go):
             time.sleep(0.1)
 

@@ -162,7 +162,7 @@ def test_a_lookup_file_that_changes_is_noticed(spark, secrets_file, tmp_path):
     names.write_text("Joe")
     late = korv.spark.mask(clear, path, secrets_file)
     names.write_text("Kim")
-    with pytest.raises(Exception, match="names.txt is not the same here"):
+    with pytest.raises(Exception, match=r"names\.txt is not the same here"):
         late.collect()
 
 

@@ -73,7 +73,8 @@ def duckdb():
         rule = rule.replace("'", "''")
         related = related_of(name)
         arguments = f"{name}, '{rule}'" + (f", {related}" if related else "")
-        column = connection.sql(f"SELECT {name}, masked_or_null({arguments}), {related or 'NULL'} FROM clear").fetchall()
+        selected = f"{name}, masked_or_null({arguments}), {related or 'NULL'}"
+        column = connection.sql(f"SELECT {selected} FROM clear").fetchall()
         columns.append([masked for _, masked, _ in column])
         for row, (value, masked, other) in enumerate(column, 1):
             if value is None or masked is not None or name not in MASKED:

@@ -3,8 +3,9 @@ and values that fail.
 
     make_vectors.py FOLDER [--disguises]
 
-FOLDER then holds the table as table.csv and as table.fields (see mask_table.c), the rules as rules.txt, their secrets as secrets.txt, and the lookup
-file cities.txt. With --disguises, rules that need a secret are left out. The values come from SHAKE-256, so that every release of Python makes the same ones."""
+FOLDER then holds the table as table.csv and as table.fields (see mask_table.c), the rules as rules.txt, their
+secrets as secrets.txt, and the lookup file cities.txt. With --disguises, rules that need a secret are left out. The
+values come from SHAKE-256, so that every release of Python makes the same ones."""
 import csv
 import hashlib
 import os

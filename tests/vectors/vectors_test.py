@@ -7,10 +7,10 @@ import re
 import sys
 
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "korv-mask"))
-from command import PROGRAM, CommandTest, has_secrets, main  # noqa: E402
+from command import PROGRAM, CommandTest, has_secrets, main
 
-import make_vectors  # noqa: E402
-import routes  # noqa: E402
+import make_vectors
+import routes
 
 MASK_TABLE = os.path.join(os.path.dirname(PROGRAM), "mask_table")
 # SHA-256 of masked texts, error codes and tokens. Another one means that equal values are masked to other texts
