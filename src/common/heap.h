@@ -8,11 +8,16 @@
 
 namespace korv::heap {
 
-inline void* zeroed(std::size_t bytes) noexcept {
+// A block for the caller to fill, or null.
+inline void* unfilled(std::size_t bytes) noexcept {
     // A 32-bit heap cannot have a larger block. It is refused for 64 bits as well, because such a
     // size comes from a negative length.
     if (sizeof bytes > sizeof(int32_t) && bytes > INT32_MAX) return nullptr;
-    void* block = std::malloc(bytes);
+    return std::malloc(bytes);
+}
+
+inline void* zeroed(std::size_t bytes) noexcept {
+    void* block = unfilled(bytes);
     if (block) std::memset(block, 0, bytes);
     return block;
 }
@@ -23,10 +28,13 @@ Record* record() noexcept {
     return static_cast<Record*>(zeroed(sizeof(Record)));
 }
 
-// A zero-filled block of `room` bytes that begins with a copy of `bytes` bytes, or null.
+// A block of `room` bytes that begins with a copy of `bytes` bytes and is zero-filled after them,
+// or null.
 inline void* copy(const void* source, std::size_t bytes, std::size_t room) noexcept {
-    void* block = zeroed(room);
-    if (block && bytes) std::memcpy(block, source, bytes);
+    auto* block = static_cast<char*>(unfilled(room));
+    if (!block) return nullptr;
+    if (bytes) std::memcpy(block, source, bytes);
+    if (room > bytes) std::memset(block + bytes, 0, room - bytes);
     return block;
 }
 

@@ -35,11 +35,12 @@ bool makeRoom(Text& text, std::size_t bytes) noexcept {
     return text.place != nullptr;
 }
 
+// Copies `length` characters and their terminator.
 int32_t copyText(const wchar_t* source, std::size_t length, Text& text) noexcept {
     text.length = static_cast<uint32_t>(length);
-    if (!makeRoom(text, length * 4 + 4)) return KORV_FAILURE;
-    std::wmemcpy(text.place, source, length);
-    return KORV_SUCCESS;
+    const std::size_t bytes = (length + 1) * sizeof(wchar_t);
+    text.place = static_cast<wchar_t*>(heap::copy(source, bytes, bytes));
+    return text.place ? KORV_SUCCESS : KORV_FAILURE;
 }
 
 // Converts into a buffer of `bytes`; text.length is the length that is accounted should the
