@@ -16,14 +16,19 @@ constexpr bool isLowSurrogate(uint32_t unit) noexcept {
     return (unit & 0xFFFFFC00u) == 0xDC00;
 }
 
+constexpr bool isSurrogate(uint32_t unit) noexcept {
+    return (unit & 0xFFFFF800u) == 0xD800;
+}
+
 // Where a conversion stands. It goes block by block while every unit of the block is a character by
-// itself and the target has room; what is not like that is converted one by one, a block's worth at
-// a time.
+// itself and the target has room. Where a block is not like that, its neighbours seldom are: the
+// next units are converted one by one.
 struct Position {
     int32_t read = 0;
     int32_t written = 0;
 };
 constexpr int32_t stride = blockUnits<uint16_t>;
+constexpr int32_t oneByOne = 4 * stride;
 
 // Each pair becomes one 32-bit unit: the 16-bit unit and zero bits above it.
 void widen(Block<uint16_t> units, wchar_t* target) noexcept {
@@ -39,15 +44,19 @@ Block<uint16_t> narrow(Block<uint32_t> first, Block<uint32_t> second) noexcept {
                                    14);
 }
 
-CnvStatus joinOne(const uint16_t* source, int32_t sourceUnits, wchar_t* target, int32_t targetUnits,
-                  Position& at) noexcept {
+[[gnu::always_inline]] inline CnvStatus joinOne(const uint16_t* source, int32_t sourceUnits,
+                                                wchar_t* target, int32_t targetUnits,
+                                                Position& at) noexcept {
     uint32_t c = source[at.read];
     int32_t units = 1;
-    if (isHighSurrogate(c) && at.read + 1 < sourceUnits && isLowSurrogate(source[at.read + 1])) {
+    if (isSurrogate(c)) {
+        if (!isHighSurrogate(c) || at.read + 1 == sourceUnits ||
+            !isLowSurrogate(source[at.read + 1])) {
+            return CNV_MALFORMED_SOURCE;
+        }
         c = 0x10000 + ((c - 0xD800) << 10 | (source[at.read + 1] - 0xDC00u));
         units = 2;
     }
-    if (!isCharacter(c)) return CNV_MALFORMED_SOURCE;
     if (at.written == targetUnits) return CNV_TARGET_TOO_SMALL;
     target[at.written++] = static_cast<wchar_t>(c);
     at.read += units;
@@ -61,17 +70,19 @@ bool joinBlock(const uint16_t* source, wchar_t* target, Position& at) noexcept {
     return true;
 }
 
-CnvStatus splitOne(const wchar_t* source, int32_t /*sourceUnits*/, uint16_t* target,
-                   int32_t targetUnits, Position& at) noexcept {
+[[gnu::always_inline]] inline CnvStatus splitOne(const wchar_t* source, int32_t /*sourceUnits*/,
+                                                 uint16_t* target, int32_t targetUnits,
+                                                 Position& at) noexcept {
     const uint32_t c = codeOf(source[at.read]);
-    if (!isCharacter(c)) return CNV_MALFORMED_SOURCE;
-    const bool pair = c > 0xFFFF;
-    if (targetUnits - at.written < (pair ? 2 : 1)) return CNV_TARGET_TOO_SMALL;
-    if (pair) {
+    if (c <= 0xFFFF) {
+        if (isSurrogate(c)) return CNV_MALFORMED_SOURCE;
+        if (at.written == targetUnits) return CNV_TARGET_TOO_SMALL;
+        target[at.written++] = static_cast<uint16_t>(c);
+    } else {
+        if (c > 0x10FFFF) return CNV_MALFORMED_SOURCE;
+        if (targetUnits - at.written < 2) return CNV_TARGET_TOO_SMALL;
         target[at.written++] = static_cast<uint16_t>(0xD7C0 + (c >> 10));
         target[at.written++] = static_cast<uint16_t>(0xDC00 | (c & 0x3FF));
-    } else {
-        target[at.written++] = static_cast<uint16_t>(c);
     }
     ++at.read;
     return CNV_SUCCESS;
@@ -100,11 +111,13 @@ CnvStatus convert(const Source* source, int32_t sourceUnits, Target* target, int
             at.written += stride;
             continue;
         }
-        const int32_t end = std::min(sourceUnits - at.read, stride) + at.read;
-        while (at.read < end) {
-            const CnvStatus status = convertOne(source, sourceUnits, target, targetUnits, at);
+        Position one = at;
+        const int32_t end = std::min(sourceUnits - at.read, oneByOne) + at.read;
+        while (one.read < end) {
+            const CnvStatus status = convertOne(source, sourceUnits, target, targetUnits, one);
             if (status != CNV_SUCCESS) return status;
         }
+        at = one;
     }
     *count = static_cast<uint32_t>(at.written);
     return CNV_SUCCESS;
