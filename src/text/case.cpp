@@ -23,15 +23,22 @@ void convertText(char* text) noexcept {
         if (!*text) return;
         convertOne(*text);
     }
-    std::size_t left = std::strlen(text);
+    char* const end = text + std::strlen(text);
     if (isAsciiTable<Case>(table, -tableOrigin)) {
         constexpr std::size_t stride = blockUnits<signed char>;
-        for (; left >= stride; left -= stride, text += stride) {
-            const auto* block = reinterpret_cast<const signed char*>(text);
-            storeBlock(text, convertAscii<Case, signed char>(loadBlock(block)));
+        static_assert(shortText >= stride);
+        const auto convertBlock = [](char* at) {
+            const auto* block = reinterpret_cast<const signed char*>(at);
+            storeBlock(at, convertAscii<Case, signed char>(loadBlock(block)));
+        };
+        for (; end - text >= static_cast<std::ptrdiff_t>(stride); text += stride) {
+            convertBlock(text);
         }
+        // Converted characters stay what they are.
+        if (text != end) convertBlock(end - stride);
+    } else {
+        for (; text != end; ++text) convertOne(*text);
     }
-    for (; left > 0; --left) convertOne(*text++);
 }
 
 // Converts `length` characters.

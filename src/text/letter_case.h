@@ -8,6 +8,8 @@
 #include <wctype.h>
 
 #include <array>
+#include <limits>
+#include <type_traits>
 
 #include "common/block.h"
 
@@ -73,8 +75,13 @@ bool isAsciiTable(const int32_t* table, int32_t from) noexcept {
 // A block of ASCII characters with its letters converted. Bytes above 127 are negative.
 template <class Case, class Unit>
 Block<Unit> convertAscii(Block<Unit> block) noexcept {
-    constexpr Unit first = Case::firstLetter;
-    const auto letters = (block >= first) & (block < static_cast<Unit>(first + letterCount));
+    // Shifted so that the last letter is the largest number, one comparison finds the letters.
+    using Bits = std::make_unsigned_t<Unit>;
+    constexpr Unit largest = std::numeric_limits<Unit>::max();
+    constexpr auto shift = static_cast<Bits>(largest - (Case::firstLetter + letterCount - 1));
+    const auto shifted =
+        reinterpret_cast<Block<Unit>>(reinterpret_cast<Block<Bits>>(block) + shift);
+    const auto letters = shifted > static_cast<Unit>(largest - letterCount);
     return block ^ (reinterpret_cast<Block<Unit>>(letters) & static_cast<Unit>(caseBit));
 }
 
