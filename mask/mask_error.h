@@ -58,7 +58,7 @@ class MaskError : public std::exception {
 // Collects the faults of several steps, so that the user sees them together.
 class Faults {
   public:
-    template <typename Step>
+    template <class Step>
     void collect(Step step) {
         try {
             step();

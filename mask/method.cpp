@@ -90,7 +90,7 @@ class Chooser {
     }
 
     // The methods' names, or those with or without a secret: "transpose", "shuffle or reverse".
-    template <typename Test>
+    template <class Test>
     std::string names(Test test) const {
         std::vector<std::string> names;
         for (const PrvMethod& method : methods_) {

@@ -41,7 +41,7 @@ constexpr int32_t kMostDigits = 18;
 
 // The digits reversed as a number, without the zeros at its end, and filled up with zeros before
 // it.
-template <typename Char>
+template <class Char>
 void reverseNumber(Text<Char>& text) {
     if (text.length > kMostDigits) {
         throw Error(kNumberTooLong,
@@ -81,7 +81,7 @@ class Aff {
         if (operands.isMethod("ff1")) permutation_.emplace(provider::keyOf(operands));
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         switch (method_) {
             case Method::shuffle: {
@@ -106,7 +106,7 @@ class Aff {
         return permutation_ ? &*permutation_ : nullptr;
     }
 
-    template <typename Char>
+    template <class Char>
     void prepare(Text<Char>& text, crypto::Permuted& number) const {
         const NumeralRange<Char> range(text.begin(), text.end(), true);
         const Char* const foreign = range.findForeign();
@@ -120,7 +120,7 @@ class Aff {
         if (number.tweak.empty()) throw Error(kNothingToMask, {{KORV_TOKID_SRCLEN, text.length}});
     }
 
-    template <typename Char>
+    template <class Char>
     void finish(Text<Char>& text, crypto::Permuted& number) const {
         NumeralRange<Char>(text.begin(), text.end(), true).write(number);
     }

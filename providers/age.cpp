@@ -95,7 +95,7 @@ class Age {
         }
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text, provider::Related related) const {
         const std::basic_string_view<Char> source(text.source, static_cast<size_t>(text.length));
         DateText found = {};
@@ -119,7 +119,7 @@ class Age {
 
   private:
     // The first format in which the text is a date that exists.
-    template <typename Char>
+    template <class Char>
     const DateFormat& findFormat(std::basic_string_view<Char> text, DateText& found) const {
         const DateFormat* noSuchDate = nullptr;
         int32_t farthest = 0;

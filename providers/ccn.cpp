@@ -38,7 +38,7 @@ constexpr int32_t kFewestDigits = 12;
 constexpr int32_t kMostDigits = 19;
 
 // The digits of a card number.
-template <typename Char>
+template <class Char>
 struct Digits {
     Char digits[kMostDigits];
     int32_t count;
@@ -62,7 +62,7 @@ int32_t weighted(int32_t digit, int32_t placeFromRight) {
     return placeFromRight % 2 == 0 ? digit : kDoubled[digit];
 }
 
-template <typename Char>
+template <class Char>
 int32_t checkSum(const Digits<Char>& number) {
     int32_t sum = 0;
     for (int32_t i = 0; i < number.count; ++i) {
@@ -72,7 +72,7 @@ int32_t checkSum(const Digits<Char>& number) {
 }
 
 // Sets the digit with which the check sum is as wanted. There is exactly one.
-template <typename Char>
+template <class Char>
 void setCheckSum(Digits<Char>& number, int32_t place, int32_t wanted) {
     number.digits[place] = '0';
     const int32_t missing = (wanted + 10 - checkSum(number)) % 10;
@@ -107,7 +107,7 @@ class Ccn {
         }
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         Digits<Char> number = read(text);
         const int32_t last = number.count - 1;
@@ -120,7 +120,7 @@ class Ccn {
         return permutation_ ? &*permutation_ : nullptr;
     }
 
-    template <typename Char>
+    template <class Char>
     void prepare(Text<Char>& text, crypto::Permuted& number) const {
         const Digits<Char> card = read(text);
         const int32_t end = card.count - last_;
@@ -139,7 +139,7 @@ class Ccn {
         number.tweak += card.narrow(end, card.count, kept);
     }
 
-    template <typename Char>
+    template <class Char>
     void finish(Text<Char>& text, crypto::Permuted& number) const {
         Digits<Char> card = read(text);
         const int32_t sum = checkSum(card);
@@ -159,7 +159,7 @@ class Ccn {
     }
 
   private:
-    template <typename Char>
+    template <class Char>
     Digits<Char> read(const Text<Char>& text) const {
         Digits<Char> number;
         number.count = 0;

@@ -12,7 +12,7 @@ namespace provider {
 
 namespace {
 
-template <typename Char>
+template <class Char>
 Char* writeNumber(int32_t number, uint8_t width, Char* target) {
     const int32_t digits = width != 0 ? width : number < 10 ? 1 : 2;
     for (int32_t i = digits - 1; i >= 0; --i, number /= 10) {
@@ -21,7 +21,7 @@ Char* writeNumber(int32_t number, uint8_t width, Char* target) {
     return target + digits;
 }
 
-template <typename Char>
+template <class Char>
 Char* writeName(std::string_view name, LetterCase letterCase, Char* target) {
     for (size_t i = 0; i < name.size(); ++i) {
         const bool keep =
@@ -116,7 +116,7 @@ bool DateFormat::hasOneSpelling() const {
            });
 }
 
-template <typename Char>
+template <class Char>
 int32_t DateFormat::read(std::basic_string_view<Char> text, DateText& found) const {
     DateReader<Char> reader(text);
     int32_t year = 0;
@@ -152,7 +152,7 @@ int32_t DateFormat::read(std::basic_string_view<Char> text, DateText& found) con
     return reader.skipTime() ? 0 : static_cast<int32_t>(reader.position()) + 1;
 }
 
-template <typename Char>
+template <class Char>
 Char* DateFormat::write(const OdbcDate& date, const DateText& found,
                         std::basic_string_view<Char> text, Char* target) const {
     const Char* source = text.data();

@@ -49,13 +49,13 @@ class DateFormat {
 
     // Reads a text of this format. Returns 0, or the position (from 1) of the first character that
     // does not fit. The date that was found need not exist.
-    template <typename Char>
+    template <class Char>
     int32_t read(std::basic_string_view<Char> text, DateText& found) const;
 
     // Writes a date of the years 1 to 9999 in the form of the one that was found in `text`, and
     // then the rest of `text`. `target` must have room for kMostGrowth characters more than `text`
     // has. Returns the end of what was written.
-    template <typename Char>
+    template <class Char>
     Char* write(const OdbcDate& date, const DateText& found, std::basic_string_view<Char> text,
                 Char* target) const;
     static constexpr int32_t kMostGrowth = 7;  // 9 May becomes 10 September

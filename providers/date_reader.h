@@ -32,7 +32,7 @@ inline wint_t upperCase(char c) {
 
 // Each function returns false when the text does not fit; position() is then the index of the first
 // character that does not.
-template <typename Char>
+template <class Char>
 class DateReader {
   public:
     explicit DateReader(std::basic_string_view<Char> text) : text_(text) {}

@@ -30,7 +30,7 @@ class DigitMasking {
     }
 
     // Masks `count` digits in place.
-    template <typename Char>
+    template <class Char>
     void mask(Char* digits, int32_t count) const {
         int32_t done = 0;
         while (count - done >= 4) {

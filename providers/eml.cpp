@@ -78,7 +78,7 @@ struct Step {
 };
 
 // The characters before the @. There must be one @, with text on both sides.
-template <typename Char>
+template <class Char>
 int32_t userLength(const Text<Char>& text) {
     const std::basic_string_view<Char> address = text.view();
     const size_t at = address.find('@');
@@ -123,7 +123,7 @@ class Pseudonyms {
           domain_(domainOf(operands, Case::lower, true)),
           length_(operands.number(kLength, 16)) {}
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         const int32_t user = userLength(text);
         provider::lower(text);
@@ -166,7 +166,7 @@ class Pseudonyms {
         return known.name;
     }
 
-    template <typename Char, typename Name>
+    template <class Char, class Name>
     static void replace(Text<Char>& text, std::string_view user, const Name& domain) {
         text.requireRoom(user.size() + 1 + domain.size());
         Char* p = std::copy(user.begin(), user.end(), text.data);
@@ -200,7 +200,7 @@ class Transposition {
         }
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         const int32_t user = userLength(text);
         if (user <= prefix_) {
@@ -230,7 +230,7 @@ class Transposition {
     static uint32_t codeOf(wchar_t c) { return static_cast<uint32_t>(c); }
 
     // Letters become letters and digits digits; any other ASCII character, such as a dot, stays.
-    template <typename Char>
+    template <class Char>
     Char other(Char c, const Step& step) const {
         if (provider::isLetter(c)) return rotate<Char>(c >= 'a' ? 'a' : 'A', 26, c, step.letter);
         if (provider::isDigit(c)) return rotate<Char>('0', 10, c, step.digit);
@@ -240,7 +240,7 @@ class Transposition {
     }
 
     // Moves a character forward, by less than `count`, in a circle of `count` characters.
-    template <typename Char>
+    template <class Char>
     static Char rotate(Char first, int32_t count, Char c, int32_t distance) {
         const int32_t moved = c - first + distance;
         return static_cast<Char>(first + (moved < count ? moved : moved - count));
@@ -287,7 +287,7 @@ class Eml {
         permutation_.emplace(provider::keyOf(operands));
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         pseudonyms_ ? pseudonyms_->mask(text) : transposition_->mask(text);
     }
@@ -296,7 +296,7 @@ class Eml {
         return permutation_ ? &*permutation_ : nullptr;
     }
 
-    template <typename Char>
+    template <class Char>
     void prepare(Text<Char>& text, crypto::Permuted& number) const {
         const int32_t user = userLength(text);
         const NumeralRange<Char> range(text.data, text.data + user, true);
@@ -312,7 +312,7 @@ class Eml {
         appendDomain(text, user, number.tweak);
     }
 
-    template <typename Char>
+    template <class Char>
     void finish(Text<Char>& text, crypto::Permuted& number) const {
         NumeralRange<Char>(text.data, text.data + userLength(text), true).write(number);
     }

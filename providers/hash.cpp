@@ -102,7 +102,7 @@ class Hash {
                                        : provider::sharedTable<Choices>(operands.wide(kFile));
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         provider::upper(text);
         const auto count = static_cast<uint32_t>(choices_->texts.size());

@@ -39,7 +39,7 @@ class Lkp {
         if (operands.has(kDefault)) default_.emplace(operands.wide(kDefault));
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         provider::lower(text);
         const Replacement* replacement = table_->find(text.view());

@@ -19,7 +19,7 @@ class LookupTable {
     explicit LookupTable(const std::wstring& path);
 
     // The replacement of a value in lower case, or nullptr.
-    template <typename Char>
+    template <class Char>
     const Replacement* find(std::basic_string_view<Char> lowered) const {
         const auto entry = replacements_.find(lowered);
         return entry == replacements_.end() ? nullptr : &entry->second;
@@ -34,7 +34,7 @@ class LookupTable {
 
         // FNV-1a with a character in the place of a byte; its high bits are mixed into the low
         // ones.
-        template <typename Char>
+        template <class Char>
         static size_t hash(std::basic_string_view<Char> text) {
             uint32_t state = 0x811C9DC5u;
             for (const Char c : text) state = (state ^ static_cast<uint32_t>(c)) * 0x01000193u;

@@ -102,7 +102,7 @@ class Nid {
         if (operands.has(kCountry)) setCountry(operands.wide(kCountry));
     }
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         checkDigits(text);
         for (Char* p = text.begin(); p != text.end();) {
@@ -120,7 +120,7 @@ class Nid {
         return permutation_ ? &*permutation_ : nullptr;
     }
 
-    template <typename Char>
+    template <class Char>
     void prepare(Text<Char>& text, crypto::Permuted& number) const {
         if (integer_) return prepareInteger(text, number);
         NumeralRange<Char> range(text.begin(), text.end(), letters_);
@@ -148,7 +148,7 @@ class Nid {
         range.read(number);
     }
 
-    template <typename Char>
+    template <class Char>
     void finish(Text<Char>& text, crypto::Permuted& number) const {
         if (integer_) return finishInteger(text, number);
         NumeralRange<Char> range(text.begin(), text.end(), letters_);
@@ -182,7 +182,7 @@ class Nid {
         }
     }
 
-    template <typename Char>
+    template <class Char>
     void checkDigits(Text<Char>& text) const {
         if (std::none_of(text.begin(), text.end(), provider::isDigit)) {
             throw Error(kNoDigit, {{KORV_TOKID_SRCLEN, text.length}});
@@ -190,7 +190,7 @@ class Nid {
         checkCountry(text);
     }
 
-    template <typename Char>
+    template <class Char>
     void checkCountry(Text<Char>& text) const {
         if (country_ == nullptr) return;
         const auto count =
@@ -203,13 +203,13 @@ class Nid {
     }
 
     // The digits of an integer: after its sign.
-    template <typename Char>
+    template <class Char>
     static Char* digitsOf(Text<Char>& text) {
         return text.begin() + (*text.begin() == '-' ? 1 : 0);
     }
 
     // The number of the value within the range of its sign and its count of digits.
-    template <typename Char>
+    template <class Char>
     void prepareInteger(Text<Char>& text, crypto::Permuted& number) const {
         Char* const digits = digitsOf(text);
         const auto count = static_cast<int32_t>(text.end() - digits);
@@ -238,7 +238,7 @@ class Nid {
         }
     }
 
-    template <typename Char>
+    template <class Char>
     void finishInteger(Text<Char>& text, crypto::Permuted& number) const {
         Char* const digits = digitsOf(text);
         const auto count = static_cast<int32_t>(text.end() - digits);
@@ -265,7 +265,7 @@ class Nid {
         return {low, most / 10 < low ? most : low * 10 - 1};
     }
 
-    template <typename Char>
+    template <class Char>
     uint64_t checkedValue(const Char* digits, int32_t count, bool isNegative) const {
         uint64_t value = 0;
         for (int32_t i = 0; i < count; ++i) {

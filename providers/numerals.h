@@ -20,7 +20,7 @@ inline bool isForeign(wchar_t c) {
 }
 
 // The stretch of a text with the numerals from number `first` on, `count` of them.
-template <typename Char>
+template <class Char>
 class NumeralRange {
   public:
     // With `letters`, ASCII letters are numerals, too.

@@ -21,24 +21,24 @@ uint32_t mix(uint32_t key, uint32_t position);
 
 // A provider that can also permute values under a key. Beside mask it has
 //     const crypto::Permutation* permutation() const;  // nullptr when the rule's method is another
-//     template <typename Char> void prepare(Text<Char>& text, crypto::Permuted& number) const;
-//     template <typename Char> void finish(Text<Char>& text, crypto::Permuted& number) const;
+//     template <class Char> void prepare(Text<Char>& text, crypto::Permuted& number) const;
+//     template <class Char> void finish(Text<Char>& text, crypto::Permuted& number) const;
 // prepare turns the value into a number, and finish writes the permuted one into the text. That is
 // done for many values together, and backwards to unmask.
-template <typename Provider>
+template <class Provider>
 class Permuting {
   public:
     static constexpr auto& kSampleRules = Provider::kSampleRules;
 
     explicit Permuting(const Operands& operands) : provider_(operands) {}
 
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) {
         if (provider_.permutation() == nullptr) return provider_.mask(text);
         permute(text, crypto::Direction::encrypt);
     }
 
-    template <typename Char>
+    template <class Char>
     void unmask(Text<Char>& text) {
         if (provider_.permutation() == nullptr) throw Error(kUnexpected, {});
         permute(text, crypto::Direction::decrypt);
@@ -46,7 +46,7 @@ class Permuting {
 
     bool usesBatches() const { return provider_.permutation() != nullptr; }
 
-    template <typename Char>
+    template <class Char>
     void maskAll(std::vector<Item<Char>>& items) {
         if (numbers_.size() < items.size()) numbers_.resize(items.size());
         size_t count = 0;
@@ -70,7 +70,7 @@ class Permuting {
     uint32_t promises() const { return provider_.promises(); }
 
   private:
-    template <typename Char>
+    template <class Char>
     void permute(Text<Char>& text, crypto::Direction direction) {
         if (numbers_.empty()) numbers_.resize(1);
         crypto::Permuted& number = numbers_.front();

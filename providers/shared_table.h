@@ -27,7 +27,7 @@ struct FileIdentity {
 
 // The table that `Table(path)` makes of a file. It is made once and lives as long as any instance
 // uses it. A file that has changed is read again.
-template <typename Table>
+template <class Table>
 std::shared_ptr<const Table> sharedTable(const std::wstring& path) {
     static std::mutex mutex;
     static std::map<FileIdentity, std::weak_ptr<const Table>> tables;

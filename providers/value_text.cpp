@@ -10,7 +10,7 @@ namespace provider {
 
 namespace {
 
-template <typename Step>
+template <class Step>
 auto converted(Step step) {
     try {
         return step();

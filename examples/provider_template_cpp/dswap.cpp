@@ -38,7 +38,7 @@ class Dswap {
 
     // 6. Called for each value, which is changed in place. It is compiled for narrow and for wide
     // text. The value itself must not appear in an error.
-    template <typename Char>
+    template <class Char>
     void mask(Text<Char>& text) const {
         bool found = false;
         for (std::int32_t i = at_; i + 1 < text.length; ++i) {
@@ -51,7 +51,7 @@ class Dswap {
     }
 
     // 7. Swapping twice restores the value.
-    template <typename Char>
+    template <class Char>
     void unmask(Text<Char>& text) const {
         mask(text);
     }

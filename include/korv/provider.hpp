@@ -18,7 +18,7 @@
  *   public:
  *     explicit Stars(const Operands& operands) : keep_(operands.number(1, 0)) {}
  *
- *     template <typename Char>
+ *     template <class Char>
  *     void mask(Text<Char>& text) const {
  *         if (text.length <= keep_) throw Error(1, {{KORV_TOKID_SRCLEN, text.length}});
  *         std::fill(text.begin() + keep_, text.end(), static_cast<Char>('*'));
@@ -37,11 +37,11 @@
  * of one rule is used by one thread at a time.
  *
  * Further members, each of them optional:
- *   - `template <typename Char> void mask(Text<Char>& text, Related related)`, instead of the other
+ *   - `template <class Char> void mask(Text<Char>& text, Related related)`, instead of the other
  *     mask, also takes the value of the column that an operand names.
- *   - `template <typename Char> void unmask(Text<Char>& text)` turns a masked text back into the
+ *   - `template <class Char> void unmask(Text<Char>& text)` turns a masked text back into the
  *     clear one.
- *   - `template <typename Char> void maskAll(std::vector<Item<Char>>& items)` masks many texts in
+ *   - `template <class Char> void maskAll(std::vector<Item<Char>>& items)` masks many texts in
  * one call, if `bool usesBatches() const` returns true.
  *   - `std::uint32_t promises() const` returns what the rule promises: PrvPromise, added up.
  *   - `static constexpr const char* kSampleRules[] = {"STARS, keep=2"}` are rules to try the
@@ -204,7 +204,7 @@ using Related = std::string_view;
 
 /** A value in its target buffer, where it is masked: `length` characters and a terminator.
  * @tparam Char  char or wchar_t */
-template <typename Char>
+template <class Char>
 struct Text {
     Char* data;            /**< the first character */
     std::int32_t length;   /**< in characters, without the terminator */
@@ -243,7 +243,7 @@ struct Text {
 
 /** A text of a batch.
  * @tparam Char  char or wchar_t */
-template <typename Char>
+template <class Char>
 struct Item {
     Text<Char> text;     /**< the value, to be masked in place */
     Related related;     /**< the value of the other column */
@@ -345,7 +345,7 @@ namespace detail {
 
 // Copies the call's value to its target and describes it in `text`. False for a NULL or empty
 // value, for which the result is complete. Throws Error.
-template <typename Char>
+template <class Char>
 bool takeValue(const PrvCall& call, Text<Char>& text) {
     using Traits = std::char_traits<Char>;
     const ValueRecord& value = *call.value;
@@ -366,7 +366,7 @@ bool takeValue(const PrvCall& call, Text<Char>& text) {
     return true;
 }
 
-template <typename Char>
+template <class Char>
 void setResult(const PrvCall& call, const Text<Char>& text) {
     call.result->data = call.value->target;
     call.result->length = static_cast<std::int32_t>(text.length * sizeof(Char));
@@ -379,37 +379,37 @@ inline Related relatedOf(const PrvCall& call) {
 }
 
 // Optional members of a provider class.
-template <typename Provider, typename = void>
+template <class Provider, class = void>
 inline constexpr bool takesRelated = false;
-template <typename Provider>
+template <class Provider>
 inline constexpr bool
     takesRelated<Provider, std::void_t<decltype(std::declval<Provider&>().mask(
                                std::declval<Text<char>&>(), std::declval<Related>()))>> = true;
-template <typename Provider, typename = void>
+template <class Provider, class = void>
 inline constexpr bool unmasks = false;
-template <typename Provider>
+template <class Provider>
 inline constexpr bool
     unmasks<Provider,
             std::void_t<decltype(std::declval<Provider&>().unmask(std::declval<Text<char>&>()))>> =
         true;
-template <typename Provider, typename = void>
+template <class Provider, class = void>
 inline constexpr bool hasBatches = false;
-template <typename Provider>
+template <class Provider>
 inline constexpr bool
     hasBatches<Provider, std::void_t<decltype(std::declval<const Provider&>().usesBatches())>> =
         true;
-template <typename Provider, typename = void>
+template <class Provider, class = void>
 inline constexpr bool hasPromises = false;
-template <typename Provider>
+template <class Provider>
 inline constexpr bool
     hasPromises<Provider, std::void_t<decltype(std::declval<const Provider&>().promises())>> = true;
-template <typename Provider, typename = void>
+template <class Provider, class = void>
 inline constexpr bool hasSamples = false;
-template <typename Provider>
+template <class Provider>
 inline constexpr bool hasSamples<Provider, std::void_t<decltype(Provider::kSampleRules)>> = true;
 
 // The state of an opened rule: the provider's object, and memory for its batches.
-template <typename Provider>
+template <class Provider>
 struct State {
     explicit State(const PrvCall& call) : provider(Operands(call)) {}
     std::vector<Item<char>>& items(char) { return narrow; }
@@ -421,7 +421,7 @@ struct State {
 };
 
 struct Masking {
-    template <typename Provider, typename Char>
+    template <class Provider, class Char>
     static void run(Provider& provider, Text<Char>& text, Related related) {
         if constexpr (takesRelated<Provider>) {
             provider.mask(text, related);
@@ -432,7 +432,7 @@ struct Masking {
 };
 
 struct Unmasking {
-    template <typename Provider, typename Char>
+    template <class Provider, class Char>
     static void run(Provider& provider, Text<Char>& text, Related) {
         provider.unmask(text);
     }
@@ -446,7 +446,7 @@ struct Unmasking {
 #endif
 
 // The functions of a PrvEntry for a provider class.
-template <typename Provider>
+template <class Provider>
 struct Glue {
     KORV_PROVIDER_CALL static std::int32_t open(const PrvCall* call, void** state) noexcept {
         return guarded(*call, [&] { *state = new State<Provider>(*call); });
@@ -456,7 +456,7 @@ struct Glue {
         delete static_cast<State<Provider>*>(state);
     }
 
-    template <typename Direction>
+    template <class Direction>
     KORV_PROVIDER_CALL static std::int32_t run(void* state, const PrvCall* call) noexcept {
         return guarded(*call, [&] { runValue<Direction>(stateOf(state).provider, *call); });
     }
@@ -517,7 +517,7 @@ struct Glue {
   private:
     static State<Provider>& stateOf(void* state) { return *static_cast<State<Provider>*>(state); }
 
-    template <typename Step>
+    template <class Step>
     static std::int32_t guarded(const PrvCall& call, Step step) noexcept {
         try {
             try {
@@ -535,7 +535,7 @@ struct Glue {
         }
     }
 
-    template <typename Direction>
+    template <class Direction>
     static void runValue(Provider& provider, const PrvCall& call) {
         const std::int16_t type = call.block->fieldRefs.fieldDef->dataType;
         if (type == VARCHAR_SZ) return runAs<Direction, char>(provider, call);
@@ -543,7 +543,7 @@ struct Glue {
         throw Error(kNotText, {{KORV_TOKID_DATATYPE, type}});
     }
 
-    template <typename Direction, typename Char>
+    template <class Direction, class Char>
     static void runAs(Provider& provider, const PrvCall& call) {
         Text<Char> text;
         if (!takeValue(call, text)) return;
@@ -552,7 +552,7 @@ struct Glue {
     }
 
     // Values that fail are left to mask.
-    template <typename Char>
+    template <class Char>
     static void maskItems(State<Provider>& state, const PrvCall& call, std::uint32_t count,
                           std::int32_t* statuses) {
         std::vector<Item<Char>>& items = state.items(Char());

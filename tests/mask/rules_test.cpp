@@ -32,7 +32,7 @@ mask::Rule parseOne(const std::string& text) {
 }
 
 // The messages that a step throws, one on each line.
-template <typename Step>
+template <class Step>
 std::string messages(Step step) {
     try {
         step();

@@ -96,7 +96,7 @@ struct Operand : OprDefI {
     }
 };
 
-template <typename Record>
+template <class Record>
 Record* zeroed() {
     return static_cast<Record*>(std::calloc(1, sizeof(Record)));
 }

@@ -287,7 +287,7 @@ TEST_F(ProviderEntryTest, RefusesValuesOfMoreThan8000Characters) {
 // A provider that throws what its value or its rule says.
 struct Throwing {
     explicit Throwing(const provider::Operands& operands) { throwIf(operands.wide(1)); }
-    template <typename Char>
+    template <class Char>
     void mask(provider::Text<Char>& text) const {
         throwIf(std::wstring(text.begin(), text.end()));
         text.replaceFrom(0, text.view());

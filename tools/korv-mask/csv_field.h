@@ -12,7 +12,7 @@ namespace tool {
 // These write to a std::string or a TextBuffer.
 
 // Appends the text of the field, without its quotes.
-template <typename Target>
+template <class Target>
 void appendUnquoted(const CsvField& field, Target& target) {
     const char* from = field.raw + field.quoted;
     const char* const end = field.raw + field.length - field.quoted;
@@ -35,7 +35,7 @@ std::string_view unquoted(const CsvField& field, std::string& work);
 bool needsQuotes(std::string_view text, char delimiter);
 
 // Appends a field with this text, in quotes when it must be or when `quote` is set.
-template <typename Target>
+template <class Target>
 void appendField(Target& target, std::string_view text, bool quote, char delimiter) {
     if (!quote && !needsQuotes(text, delimiter)) {
         target.append(text);

@@ -33,7 +33,7 @@ Character characterAt(std::string_view text, size_t at) {
 }
 
 // Calls action(character, its bytes) until it returns false.
-template <typename Action>
+template <class Action>
 void forEachCharacter(std::string_view text, Action action) {
     for (size_t at = 0; at < text.size();) {
         const Character character = characterAt(text, at);

@@ -41,7 +41,7 @@ class PlainBlock {
     }
 
   private:
-    template <typename Test>
+    template <class Test>
     uint64_t where(Test test) const {
         uint64_t mask = 0;
         for (size_t i = 0; i < kBlockSize; ++i) mask |= uint64_t{test(from_[i])} << i;
@@ -78,7 +78,7 @@ class Sse2Block {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
     }
 
-    template <typename Test>
+    template <class Test>
     uint64_t where(Test test) const {
         const auto bits = [&](int part) {
             return uint64_t{static_cast<uint16_t>(_mm_movemask_epi8(test(parts_[part])))};

@@ -46,7 +46,7 @@ class Bytes {
   public:
     explicit Bytes(std::string_view bytes) : bytes_(bytes) {}
 
-    template <typename Item>
+    template <class Item>
     Item read(uint64_t offset) const {
         Item item;
         if (offset > bytes_.size() || bytes_.size() - offset < sizeof item) fail();
@@ -73,7 +73,7 @@ class Bytes {
     std::string_view bytes_;
 };
 
-template <typename Class>
+template <class Class>
 class Reader {
   public:
     explicit Reader(std::string_view bytes)

@@ -14,7 +14,7 @@ bool isControl(char c) {
 }
 
 // Calls `valid` for stretches of UTF-8 text and `invalid` for each other byte.
-template <typename Valid, typename Invalid>
+template <class Valid, class Invalid>
 void forEachPart(std::string_view text, Valid valid, Invalid invalid) {
     for (;;) {
         const size_t length = text::validUtf8Length(text.data(), text.size());
@@ -25,7 +25,7 @@ void forEachPart(std::string_view text, Valid valid, Invalid invalid) {
     }
 }
 
-template <typename Items, typename Write>
+template <class Items, class Write>
 std::string listOf(char begin, const Items& items, char end, Write write) {
     std::string json(1, begin);
     for (const auto& item : items) {

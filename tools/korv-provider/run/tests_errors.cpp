@@ -14,7 +14,7 @@ constexpr uint32_t kKeyBytes = 32;
 constexpr size_t kShortestSearched = 5;
 
 // Calls `check` with each outcome of the corpus, in both forms.
-template <typename Check>
+template <class Check>
 void forEachOutcome(const Context& context, Check check) {
     Trial trial(context);
     for (const TestValue& value : trial.corpus) {
@@ -71,7 +71,7 @@ void validTokens(const Context& context) {
 }
 
 // Text in which a value is searched without regard to the case of ASCII letters.
-template <typename Text>
+template <class Text>
 Text folded(Text text) {
     for (auto& c : text) {
         if (c >= 'A' && c <= 'Z') c += 'a' - 'A';

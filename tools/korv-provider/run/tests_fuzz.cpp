@@ -18,7 +18,7 @@ double now(clockid_t clock) {
 }
 
 // Random steps until the time is over. A seed gives the same steps each time.
-template <typename Step>
+template <class Step>
 void fuzz(const Context& context, Step step) {
     const Settings& settings = context.settings;
     Trial trial(context);

@@ -142,7 +142,7 @@ size_t neededBytes(const std::string& text, const Outcome& outcome, bool wide) {
 
 // Masks accepted values with targets of `change(needed)` bytes. The result is the same, or there is
 // an error; nothing is written outside.
-template <typename Change>
+template <class Change>
 void withTargets(const Context& context, Change change) {
     Trial trial(context);
     for (const TestValue& value : trial.accepted()) {

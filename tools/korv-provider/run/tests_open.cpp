@@ -36,7 +36,7 @@ struct OpenTrial {
 
     // Each operand of the provider in turn, those that the rule does not have included, with all
     // others as in the rule. `change` gets the operand.
-    template <typename Change>
+    template <class Change>
     void forEachOperand(int32_t kind, Change change) {
         const PrvEntry& entry = session.entry();
         for (uint32_t i = 0; i < entry.operandCount; ++i) {

@@ -38,7 +38,7 @@ void promisesKnown(const Context& context) {
 }
 
 // Every text of `length` characters of an alphabet.
-template <typename Visit>
+template <class Visit>
 void forEachText(std::string_view alphabet, size_t length, Visit visit) {
     std::string text(length, alphabet[0]);
     std::vector<size_t> digits(length, 0);
@@ -69,7 +69,7 @@ std::vector<size_t> lastPlaces(const std::string& text, std::string_view alphabe
 }
 
 // All values of small domains: short texts, and accepted values with all characters in some places.
-template <typename Visit>
+template <class Visit>
 void forEachSmall(const std::vector<TestValue>& accepted, Visit visit) {
     for (size_t length = 1; length <= 4; ++length) forEachText(kDigits, length, visit);
     for (size_t length = 1; length <= 2; ++length) {
@@ -198,7 +198,7 @@ void oneToOneSamples(const Context& context) {
 }
 
 // Calls `check` with accepted values and many like them, and their results.
-template <typename Check>
+template <class Check>
 void forEachMasked(const Context& context, uint32_t promise, Check check) {
     constexpr size_t kSamples = 10000;
     Trial trial(context);
