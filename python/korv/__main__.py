@@ -3,8 +3,10 @@
 from __future__ import annotations
 
 import argparse
+import contextlib
 import ctypes
 import gc
+import importlib
 import os
 import signal
 import sys
@@ -98,9 +100,8 @@ def _prepare_process() -> None:
             signal.signal(number, _end)
 
 
-def main(arguments: list[str]) -> int:
+def main(options: argparse.Namespace) -> int:
     """Returns the exit status."""
-    options = _parser().parse_args(arguments)
     try:
         return convert(
             Options(
@@ -126,10 +127,15 @@ def main(arguments: list[str]) -> int:
 
 
 if __name__ == "__main__":
+    parsed = _parser().parse_args()
+    if parsed.input.endswith(".parquet"):
+        # What a handler raises while DuckDB is being loaded would abort the process.
+        with contextlib.suppress(ImportError):
+            importlib.import_module("duckdb")
     _prepare_process()
     status = NOT_RUN
     try:
-        status = main(sys.argv[1:])
+        status = main(parsed)
     except _Ended:
         remove_temporaries()
     for number in _signals[:1]:
