@@ -54,7 +54,7 @@ def timed(masker, name, array):
     handle = _engine.Handle(masker._settings, (name,), 0)
     strings, result = _engine._strings_of(array), ctypes.POINTER(_engine.KorvMaskResult)()
     arguments = handle._handle, 0, 0, ctypes.byref(strings), None, ctypes.byref(result)
-    batch = _engine.library.KorvMaskBatch
+    batch = _engine.native.KorvMaskBatch
     return least(ROUNDS, lambda: batch(*arguments), lambda: masker.mask_column(name, array))
 
 

@@ -153,7 +153,7 @@ STRUCTURES = (
 
 
 def _load() -> ctypes.CDLL:
-    library = ctypes.CDLL(str(Path(__file__).parent / "_native" / "libkorvmask.so.1"))
+    native = ctypes.CDLL(str(Path(__file__).parent / "_native" / "libkorvmask.so.1"))
     for name, result, arguments in (
         ("KorvMaskVersion", c_uint32, []),
         ("KorvMaskOpen", c_int32, [POINTER(KorvMaskSettings), POINTER(c_void_p)]),
@@ -165,17 +165,17 @@ def _load() -> ctypes.CDLL:
         ("KorvMaskGetRecord", POINTER(KorvMaskRecord), [c_void_p, c_uint64]),
         ("KorvMaskClearRecords", None, [c_void_p]),
     ):  # fmt: skip
-        function = getattr(library, name)
+        function = getattr(native, name)
         function.restype = result
         function.argtypes = arguments
-    if library.KorvMaskVersion() < INTERFACE_VERSION:
+    if native.KorvMaskVersion() < INTERFACE_VERSION:
         raise ImportError(
             "the library libkorvmask of this package is too old for it; install the package again"
         )
-    return library
+    return native
 
 
-library = _load()
+native = _load()
 
 
 class _CallGate:
@@ -354,7 +354,7 @@ class Handle:
             record.secrets = settings.secrets.array
             record.secretCount = len(settings.secrets.array)
         with _gate.call():
-            status = library.KorvMaskOpen(ctypes.byref(record), ctypes.byref(self._handle))
+            status = native.KorvMaskOpen(ctypes.byref(record), ctypes.byref(self._handle))
         if status != Status.SUCCESS:
             self._names: Sequence[str] = columns
             records = self._take_records()
@@ -366,7 +366,7 @@ class Handle:
             raise error_of(Status(status), records)
         self._names = columns
         self.plan = [
-            _plan_of(library.KorvMaskGetColumn(self._handle, i).contents, len(columns))
+            _plan_of(native.KorvMaskGetColumn(self._handle, i).contents, len(columns))
             for i in range(len(columns))
         ]
 
@@ -374,7 +374,7 @@ class Handle:
         handle, self._handle = self._handle, c_void_p()
         if handle:
             with _gate.call():
-                library.KorvMaskClose(handle)
+                native.KorvMaskClose(handle)
 
     def __del__(self) -> None:
         if _gate is not None:  # otherwise the interpreter ends
@@ -382,8 +382,8 @@ class Handle:
 
     def _take_records(self) -> list[MaskRecord]:
         records = []
-        for i in range(library.KorvMaskRecordCount(self._handle)):
-            record = library.KorvMaskGetRecord(self._handle, i).contents
+        for i in range(native.KorvMaskRecordCount(self._handle)):
+            record = native.KorvMaskGetRecord(self._handle, i).contents
             tokens = [record.tokens[k] for k in range(record.tokenCount)]
             records.append(
                 MaskRecord(
@@ -399,7 +399,7 @@ class Handle:
                     rules_position=record.rulesPosition,
                 )
             )
-        library.KorvMaskClearRecords(self._handle)
+        native.KorvMaskClearRecords(self._handle)
         return records
 
     def mask(
@@ -412,7 +412,7 @@ class Handle:
         other = None if related is None else ctypes.byref(_strings_of(related))
         result = POINTER(KorvMaskResult)()
         with _gate.call():
-            number = library.KorvMaskBatch(
+            number = native.KorvMaskBatch(
                 self._handle, column, first_row, ctypes.byref(strings), other, ctypes.byref(result)
             )
         status = Status(number)

@@ -63,7 +63,7 @@ def test_threads(masker, expected):
 
 def test_other_threads_run_while_values_are_masked(masker, monkeypatch):
     calls, seen = [], []
-    call = _engine.library.KorvMaskBatch
+    call = _engine.native.KorvMaskBatch
 
     def watched(*arguments):
         calls.append("begins")
@@ -72,7 +72,7 @@ def test_other_threads_run_while_values_are_masked(masker, monkeypatch):
         return status
 
     masker.mask_column("CARD", CARDS)
-    monkeypatch.setattr(_engine.library, "KorvMaskBatch", watched)
+    monkeypatch.setattr(_engine.native, "KorvMaskBatch", watched)
     # Threads only take turns where one of them waits or gives the interpreter away.
     interval = sys.getswitchinterval()
     sys.setswitchinterval(1000)
