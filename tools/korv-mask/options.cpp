@@ -22,11 +22,11 @@ constexpr const char* kRulesInShort =
     "  \"First Name\" = HASH, secret=crm, file=names.txt\n"
     "  @3 = KEEP                        the third column, kept in clear\n"
     "  ADDR* = DROP                     every column whose name begins with ADDR, left out\n"
-    "  NOTE = NULL                      emptied\n"
+    "  NOTE = NULL                      every value becomes NULL\n"
     "  TITLE = CONST, value=Dr.         replaced by a constant\n"
     "Operands of every rule: type=auto|wide, on-error=empty|null|const|drop-row|abort,\n"
-    "unchanged=error, unique; of those with a secret also method, scope. A column without a\n"
-    "rule is an error unless --keep-unlisted is given.\n";
+    "unchanged=error, unique; with a secret also method and scope. A column without a rule\n"
+    "is an error unless --keep-unlisted is given.\n";
 
 constexpr const char* kExitStatus =
     "\nExit status: 0 every value is masked; 1 some values failed, see the report; 2 the run "
@@ -65,7 +65,7 @@ void addFiles(CLI::App& app, Options& options) {
         ->type_name("FILE");
     app.add_option("-o,--output", options.output,
                    "Masked CSV file; - is standard output. A file appears when it is\n"
-                   "complete, and may take the place of the input.")
+                   "complete, and may replace the input.")
         ->capture_default_str()
         ->type_name("FILE");
     app.add_option("--report", options.report, "Write the errors here, not to standard error")
@@ -98,7 +98,7 @@ void addFormat(CLI::App& app, Options& options) {
         "--no-header", [&options] { options.dialect.header = false; },
         "The first row is data; rules name columns by number: @1, @2");
     app.add_option("--null", options.nullTexts,
-                   "Fields with this text are NULL, as empty ones are; may be\nrepeated")
+                   "Fields with this text are NULL, like empty ones; may be repeated")
         ->type_name("TEXT")
         ->allow_extra_args(false);
 }
@@ -113,7 +113,7 @@ void addModes(CLI::App& app, Options& options) {
         ->check(CLI::PositiveNumber);
     app.add_flag("--show-clear", options.showClear, "Show clear values in --diff");
     app.add_flag("--suggest", options.suggest,
-                 "Print a rules file to start from, after a look at the first\n10,000 rows");
+                 "Print a rules file to start from, made from the first\n10,000 rows");
     app.add_option("--new-secret", options.newSecret,
                    "Print a line for a secrets file with 32 random bytes")
         ->type_name("NAME");
@@ -132,7 +132,7 @@ void addRun(CLI::App& app, Options& options) {
     app.add_flag("--unmask", options.unmask,
                  "Reverse the masking, with the rules and secrets that it was done with");
     app.add_flag("--verify-providers", options.verifyProviders,
-                 "Call providers twice for each value, and compare what they do");
+                 "Call providers twice for each value, and compare the results");
     const std::map<std::string, ProgressMode> modes = {{"auto", ProgressMode::automatic},
                                                        {"always", ProgressMode::always},
                                                        {"never", ProgressMode::never}};

@@ -12,14 +12,14 @@ namespace kit {
 namespace {
 
 constexpr const char* kExitStatus =
-    "Exit status: 0 no findings; 1 findings, among them that the file is no provider; 2 the tests\n"
+    "Exit status: 0 no findings; 1 findings, also if the file is not a provider; 2 the tests\n"
     "could not be run.";
 
 void addModule(CLI::App& app, Options& options) {
     app.add_option("module", options.module, "The provider module")->type_name("FILE");
     app.add_option("--helper", options.helpers,
-                   "A helper korv-provider-run32 or korv-provider-run64, where\n"
-                   "it is not found by itself; may be repeated")
+                   "A helper korv-provider-run32 or korv-provider-run64, if it\n"
+                   "is not found automatically; may be repeated")
         ->type_name("FILE")
         ->allow_extra_args(false);
     app.add_flag("--json", options.json, "Print one JSON document");
@@ -29,7 +29,7 @@ void addCheck(CLI::App& app, Options& options) {
     app.add_option("--rule", options.rules,
                    "A rule to test with, such as \"CCN, secret=test\", instead of\n"
                    "the module's sample rules; may be repeated. Every secret\n"
-                   "that a rule names is a secret for tests")
+                   "that a rule names is replaced by a test secret")
         ->type_name("RULE")
         ->allow_extra_args(false);
     app.add_option("-l,--level", options.level, "Run the tests of the levels 1 to N")
@@ -37,16 +37,16 @@ void addCheck(CLI::App& app, Options& options) {
         ->type_name("N")
         ->check(CLI::Range(1, kHighestLevel));
     app.add_option("--only", options.only,
-                   "Run the tests whose title has a match for this,\n"
+                   "Run only the tests whose title matches this,\n"
                    "such as '^4\\.' or 'target'")
         ->type_name("REGEX");
-    app.add_option("--skip", options.skip, "Leave out the tests whose title has a match for this")
+    app.add_option("--skip", options.skip, "Leave out the tests whose title matches this")
         ->type_name("REGEX");
     app.add_option("--values", options.values,
-                   "Values to test with, one in a line, besides the built-in ones")
+                   "Values to test with, one per line, in addition to the\nbuilt-in ones")
         ->type_name("FILE");
     app.add_option("--files", options.files,
-                   "Where the files lie that rules name (default: the current folder)")
+                   "Folder of the files that rules name (default: the current one)")
         ->type_name("FOLDER");
     app.add_option("--record", options.record, "Write the results of all values to a file")
         ->type_name("FILE");
@@ -84,14 +84,14 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     app.require_subcommand(1);
     app.footer(kExitStatus);
     CLI::App* const inspect = app.add_subcommand(
-        "inspect", "Print what a module says of itself: its file and its tables");
+        "inspect", "Print the properties of a module's file and its tables");
     addModule(*inspect, options);
     CLI::App* const check =
-        app.add_subcommand("check", "Test a module, each test in a process of its own");
+        app.add_subcommand("check", "Test a module, each test in a separate process");
     addModule(*check, options);
     addCheck(*check, options);
     bool isList = false;
-    check->add_flag("--list", isList, "Print the tests, one in a line, and end");
+    check->add_flag("--list", isList, "Print the tests, one per line, and exit");
     check->footer(kExitStatus);
     try {
         app.parse(argc, argv);
