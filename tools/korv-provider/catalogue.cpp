@@ -15,7 +15,7 @@ constexpr TestInfo kTests[] = {
     {1, 3, "entry-only", kFile, 0, "it exports KorvProviderEntry and nothing else"},
     {1, 4, "no-executable-stack", kFile, 0, "it does not require an executable stack"},
     {1, 5, "no-text-relocations", kFile, 0, "its code is not changed when it is loaded"},
-    {1, 6, "safe-search-path", kFile, 0, "its RPATH names fixed folders that only the owner can write"},
+    {1, 6, "safe-search-path", kFile, 0, "its RPATH names fixed folders, not writable for others"},
     {1, 7, "silent-loading", kModule, 0, "loading and unloading print nothing"},
     {1, 8, "quick-loading", kModule, 0, "it loads in less than 100 ms"},
     {1, 9, "reloading", kModule, 0, "it can be loaded and unloaded 1,000 times and keeps nothing"},
@@ -99,7 +99,7 @@ constexpr TestInfo kTests[] = {
     {7, 11, "limits-kept", kRule, 0, "resource limits, priority and timers stay as they are"},
 
     {8, 1, "promises-known", kRule, 0, "promises are known ones, and the same in each call"},
-    {8, 2, "one-to-one-small", kRule, 0, "different values of small domains have different results"},
+    {8, 2, "one-to-one-small", kRule, 0, "in small domains, all results are different"},
     {8, 3, "one-to-one-samples", kRule, 0, "a million different values have different results"},
     {8, 4, "length-kept", kRule, 0, "results have the length of their values"},
     {8, 5, "format-kept", kRule, 0, "results are accepted as values"},

@@ -83,8 +83,8 @@ bool parseOptions(int argc, char** argv, Options& options, int& status) {
     app.set_version_flag("--version", "korv-provider " KORV_VERSION);
     app.require_subcommand(1);
     app.footer(kExitStatus);
-    CLI::App* const inspect = app.add_subcommand(
-        "inspect", "Print the properties of a module's file and its tables");
+    CLI::App* const inspect =
+        app.add_subcommand("inspect", "Print the properties of a module's file and its tables");
     addModule(*inspect, options);
     CLI::App* const check =
         app.add_subcommand("check", "Test a module, each test in a separate process");
