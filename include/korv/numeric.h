@@ -69,6 +69,10 @@ KORV_API int32_t PXIntToNumW(int32_t value, int16_t width, wchar_t* field);
  * after the digits are compared with PXSpaces, its terminator included: 257 of them are accepted
  * only if the last one is zero, and more than 257 never.
  *
+ * Where the first 12 bytes are on one page of memory, all digits are read, also those after a
+ * character that is not a digit. If the array ends before them, memory checkers report the read:
+ * valgrind.supp in the folder share/korv-support suppresses such reports.
+ *
  * @param      field   the characters
  * @param      digits  how many are read; 0 or less reads no digit and gives 0
  * @param      width   bytes of the field; if `digits` is larger, the field has `digits` bytes. The
@@ -84,6 +88,10 @@ KORV_API int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t wid
 
 /** PXNumToLongW is the wide counterpart of PXNumToLong. Unlike there, the comparison of the tail
  * ends at a terminator after exactly 256 blanks: such a tail is accepted with any width.
+ *
+ * The digits are read one by one. The tail is read in blocks of 16 characters within `width` and
+ * within one page of memory, also after a character that is not a blank; see PXNumToLong about
+ * memory checkers.
  *
  * @param      field   the characters
  * @param      digits  how many are read; 0 or less reads no digit and gives 0

@@ -28,7 +28,7 @@ struct DigitPair {
     Char characters[2];
 };
 template <class Char>
-constexpr auto digitPairs = [] {
+constexpr auto kDigitPairs = [] {
     std::array<DigitPair<Char>, 100> table{};
     for (int i = 0; i < 100; ++i) {
         table[i] = {static_cast<Char>('0' + i / 10), static_cast<Char>('0' + i % 10)};
@@ -40,7 +40,7 @@ constexpr auto digitPairs = [] {
 template <class Char>
 bool writeDigits(uint32_t value, int32_t width, Char* field) noexcept {
     for (; width >= 2; width -= 2) {
-        copyFixed<2 * sizeof(Char)>(field + width - 2, &digitPairs<Char>[value % 100]);
+        copyFixed<2 * sizeof(Char)>(field + width - 2, &kDigitPairs<Char>[value % 100]);
         value /= 100;
     }
     if (width > 0) {
@@ -75,7 +75,7 @@ bool isBlankTail(const char* tail, std::size_t length) noexcept {
 // page, the one of a character that has to be read.
 bool isBlank(const wchar_t* text, std::size_t length) noexcept {
     constexpr int32_t blank = L' ';
-    constexpr std::size_t one = blockUnits<wchar_t>;
+    constexpr std::size_t one = kBlockUnits<wchar_t>;
     constexpr std::size_t four = 4 * one;
     const auto isBlankBlock = [&](std::size_t at) { return loadBlock(text + at) == blank; };
     while (length > 0) {
@@ -140,21 +140,16 @@ template <class Char>
     return KORV_SUCCESS;
 }
 
-[[gnu::noinline, gnu::cold]] int32_t readUnusualField(const char* field, int32_t digits,
-                                                      int32_t width, int32_t& value) noexcept {
-    return readField(field, digits, width, value);
-}
-
 // The number of four narrow digits: neighbours are joined to two numbers below 100, then to one. A
-// bit of `faults` under faultBits is set when a character is no digit.
-constexpr uint32_t faultBits = 0xF0F0F0F0;
+// bit of `faults` under kFaultBits is set when a character is no digit.
+constexpr uint32_t kFaultBits = 0xF0F0F0F0;
 uint32_t fourDigits(const char* characters, uint32_t& faults) noexcept {
     uint32_t lanes;
     std::memcpy(&lanes, characters, sizeof lanes);
     lanes ^= 0x30303030;
     faults |= lanes | (lanes + 0x06060606);
     lanes = (lanes * 10 + (lanes >> 8)) & 0x00FF00FF;
-    return (lanes * 100 + (lanes >> 16)) & 0xFFFF;
+    return lanes * (100 << 16 | 1) >> 16;
 }
 static_assert(std::endian::native == std::endian::little);
 
@@ -164,21 +159,30 @@ static_assert(std::endian::native == std::endian::little);
                                                  int32_t& value) noexcept {
     uint32_t number = 0;
     uint32_t faults = 0;
+#pragma GCC unroll 3
     for (uint32_t single = count % 4; single > 0; --single) {
         const auto digit = static_cast<uint32_t>(*field++) - '0';
         number = number * 10 + digit;
         faults |= digit | (digit + 6);
     }
+#pragma GCC unroll 3
     for (uint32_t fours = count / 4; fours > 0; --fours, field += 4) {
         number = number * 10000 + fourDigits(field, faults);
     }
-    if (faults & faultBits) return KORV_FAILURE;
+    if (faults & kFaultBits) return KORV_FAILURE;
     value = static_cast<int32_t>(number);
     return KORV_SUCCESS;
 }
 
-[[gnu::noinline]] int32_t readUpTo12(const char* field, uint32_t count, int32_t& value) noexcept {
-    return readDigits(field, count, value);
+// Whether `count` digits are the whole field and can be read together.
+template <int16_t count>
+bool isFieldOf(const char* field, int16_t digits, int16_t width) noexcept {
+    return digits == count && width <= count && isOnOnePage<count>(field);
+}
+
+[[gnu::noinline]] int32_t readUnusualField(const char* field, int32_t digits, int32_t width,
+                                           int32_t& value) noexcept {
+    return readField(field, digits, width, value);
 }
 
 }  // namespace
@@ -201,14 +205,15 @@ int32_t PXIntToNumW(int32_t value, int16_t width, wchar_t* field) {
 }
 
 int32_t PXNumToLong(const char* field, int16_t digits, int16_t width, int32_t* value) {
-    if (width <= digits && digits <= 12 && korv::isOnOnePage<12>(field)) {
-        // Without loops the usual counts take two thirds of the time.
-        if (digits == 4) return korv::readDigits(field, 4, *value);
-        if (digits == 8) return korv::readDigits(field, 8, *value);
-        if (digits == 9) return korv::readDigits(field, 9, *value);
-        if (digits >= 0) return korv::readUpTo12(field, static_cast<uint32_t>(digits), *value);
+    // Without loops the usual counts take two thirds of the time.
+    using namespace korv;
+    if (isFieldOf<4>(field, digits, width)) return readDigits(field, 4, *value);
+    if (isFieldOf<8>(field, digits, width)) return readDigits(field, 8, *value);
+    if (isFieldOf<9>(field, digits, width)) return readDigits(field, 9, *value);
+    if (digits >= 0 && digits <= 12 && width <= digits && isOnOnePage<12>(field)) {
+        return readDigits(field, static_cast<uint32_t>(digits), *value);
     }
-    return korv::readUnusualField(field, digits, width, *value);
+    return readUnusualField(field, digits, width, *value);
 }
 
 int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t width, int32_t* value) {

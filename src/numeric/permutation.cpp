@@ -13,7 +13,7 @@ int32_t reduce(int32_t key) noexcept {
 }
 
 // What is left of the pool, one number less 1 in 4 bits, the first one lowest.
-constexpr uint64_t fullPool = 0xFEDCBA9876543210u;
+constexpr uint64_t kFullPool = 0xFEDCBA9876543210u;
 
 // Draws the number at `index` and closes the gap.
 int16_t draw(uint64_t& pool, int32_t index) noexcept {
@@ -25,7 +25,7 @@ int16_t draw(uint64_t& pool, int32_t index) noexcept {
 
 // The same key is reduced modulo each count that remains; it is not divided between the steps.
 void permute(int32_t key, int32_t count, int16_t* output) noexcept {
-    uint64_t pool = fullPool;
+    uint64_t pool = kFullPool;
     switch (count) {
         // clang-format off
         case 16: *output++ = draw(pool, reduce<16>(key)); [[fallthrough]];

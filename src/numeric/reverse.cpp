@@ -7,7 +7,7 @@
 namespace korv {
 namespace {
 
-constexpr uint32_t eightDigits = 100'000'000;
+constexpr uint32_t kEightDigits = 100'000'000;
 
 // Appends the reversed digits of `value` to `number`, at least `digits` of them.
 uint64_t appendReversed(uint64_t number, uint32_t value, int digits) noexcept {
@@ -24,9 +24,9 @@ uint64_t appendReversed(uint64_t number, uint32_t value, int digits) noexcept {
 // needs more than 64 bits, as it would digit by digit.
 uint64_t reversedDigits(uint64_t value) noexcept {
     uint64_t result = 0;
-    while (value >= eightDigits) {
-        result = appendReversed(result, static_cast<uint32_t>(value % eightDigits), 8);
-        value /= eightDigits;
+    while (value >= kEightDigits) {
+        result = appendReversed(result, static_cast<uint32_t>(value % kEightDigits), 8);
+        value /= kEightDigits;
     }
     return appendReversed(result, static_cast<uint32_t>(value), 0);
 }

@@ -10,12 +10,12 @@
 namespace korv {
 namespace {
 
-constexpr int maxLength = 12;
+constexpr int kMaxLength = 12;
 
 // A number that is being transposed, zero-filled after its digits, so that every position that a
 // permutation names holds a value.
 template <class Char>
-using Digits = Char[maxLength + groupSize];
+using Digits = Char[kMaxLength + kGroupSize];
 
 // ---- Any characters and any shift ----
 
@@ -55,8 +55,8 @@ template <class Char>
     if (shift != 0 && length != 0 && !shiftUntilNonZero(digits, shift)) return KORV_FAILURE;
     const auto& permutation = permutationFor(key);
     for (int k = 0; k < length && digits[k] != 0; ++k) {
-        const int group = k / groupSize * groupSize;
-        output[k] = digits[group + permutation[k % groupSize] - 1];
+        const int group = k / kGroupSize * kGroupSize;
+        output[k] = digits[group + permutation[k % kGroupSize] - 1];
     }
     return KORV_SUCCESS;
 }
@@ -67,17 +67,17 @@ template <class Char>
 // without a group hold the digit 0.
 using Groups = Block<uint32_t>;
 using Bytes = Block<uint8_t>;
-constexpr Bytes positions = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-constexpr uint32_t fourZeros = 0x30303030;
+constexpr Bytes kPositions = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+constexpr uint32_t kFourZeros = 0x30303030;
 static_assert(std::endian::native == std::endian::little);
 
 Groups load(const char* digits, int length) noexcept {
     const auto group = [=](int at) {
-        uint32_t bytes = fourZeros;
+        uint32_t bytes = kFourZeros;
         if (at < length) std::memcpy(&bytes, digits + at, sizeof bytes);
         return bytes;
     };
-    return Groups{group(0), group(4), group(8), fourZeros};
+    return Groups{group(0), group(4), group(8), kFourZeros};
 }
 
 // A character that is no byte becomes 0 or 255, which are no digits either.
@@ -92,7 +92,7 @@ void store(char* digits, int length, Groups groups) noexcept {
 #pragma GCC unroll 3
     for (int i = 0; i < 3; ++i) {
         const uint32_t group = groups[i];
-        if (groupSize * i < length) std::memcpy(digits + groupSize * i, &group, sizeof group);
+        if (kGroupSize * i < length) std::memcpy(digits + kGroupSize * i, &group, sizeof group);
     }
 }
 
@@ -117,12 +117,12 @@ Bytes modTen(Bytes bytes) noexcept {
 
 // False when a character is no digit or all digits become 0: that is left to the literal steps.
 [[gnu::always_inline]] inline bool shiftGroups(Groups& groups, int length, int32_t shift) noexcept {
-    const Bytes digits = reinterpret_cast<Bytes>(groups ^ fourZeros);
+    const Bytes digits = reinterpret_cast<Bytes>(groups ^ kFourZeros);
     const auto start = static_cast<uint8_t>(shift % 10);
     // At most 9 + 9 + 11, so twice 10 is enough to take off.
-    const Bytes moved = modTen(modTen(digits + positions + start));
-    const auto inside = reinterpret_cast<Bytes>(positions < static_cast<uint8_t>(length));
-    groups = reinterpret_cast<Groups>(moved) + fourZeros;
+    const Bytes moved = modTen(modTen(digits + kPositions + start));
+    const auto inside = reinterpret_cast<Bytes>(kPositions < static_cast<uint8_t>(length));
+    groups = reinterpret_cast<Groups>(moved) + kFourZeros;
     return !anyLane(digits > 9) && anyLane((moved & inside) != 0);
 }
 
@@ -130,7 +130,7 @@ Bytes modTen(Bytes bytes) noexcept {
     Groups result{};
     const auto& permutation = permutationFor(key);
 #pragma GCC unroll 4
-    for (int k = 0; k < groupSize; ++k) {
+    for (int k = 0; k < kGroupSize; ++k) {
         result |= (groups >> 8 * (permutation[k] - 1) & 0xFF) << 8 * k;
     }
     return result;
@@ -139,8 +139,8 @@ Bytes modTen(Bytes bytes) noexcept {
 template <class Char>
 int32_t transpose(const Char* input, Char* output, int16_t length, int32_t key,
                   int16_t shift) noexcept {
-    if (length > maxLength || length < 0) return KORV_FAILURE;
-    if (shift <= 0 || length == 0 || length % groupSize != 0) {
+    if (length > kMaxLength || length < 0) return KORV_FAILURE;
+    if (shift <= 0 || length == 0 || length % kGroupSize != 0) {
         return transposeAny(input, output, length, key, shift);
     }
     Groups groups = load(input, length);

@@ -233,6 +233,19 @@ TYPED_TEST(DigitFieldsReadTest, NothingIsReadBehindTheFirstCharacterThatIsNoDigi
     }
 }
 
+// A memory checker sees each byte outside these blocks.
+TYPED_TEST(DigitFieldsReadTest, AFieldMayEndWithItsBlock) {
+    using Char = typename TypeParam::Char;
+    for (int digits = 0; digits <= 13; ++digits) {
+        for (int width = digits; width <= digits + 40; ++width) {
+            const auto block = std::make_unique<Char[]>(static_cast<std::size_t>(width));
+            std::fill_n(block.get(), digits, Char{'7'});
+            std::fill_n(block.get() + digits, width - digits, Char{' '});
+            this->compareAt(block.get(), digits, width);
+        }
+    }
+}
+
 TYPED_TEST(DigitFieldsReadTest, EveryShapeAtEveryAlignment) {
     using Char = typename TypeParam::Char;
     for (std::size_t offset = 0; offset < 16; ++offset) {
