@@ -43,7 +43,8 @@ def for_gdb(libraries):
 
 def development(prefix):
     return {"lib/libKORVSupport.so", "lib/libkorvmask.so"} | below(
-        "lib", packages(*LIBRARIES, "korv-mask")) | HEADERS | for_gdb(f"{prefix}/lib")
+        "lib", packages(*LIBRARIES, "korv-mask")) | HEADERS | for_gdb(f"{prefix}/lib") | {
+        "share/korv-support/valgrind.supp"}
 
 
 class ComponentsTest(InstallationTest):

@@ -1,6 +1,7 @@
 // Byte order: single values, strings of units up to a terminator or a count, the platform.
 #include <bit>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -128,6 +129,20 @@ TYPED_TEST(SwapStrings, EveryCountWithEveryLength) {
             ASSERT_TRUE(std::equal(expected.begin(), expected.end(), room.data())) << bytes;
         }
         EXPECT_TRUE(room.intact());
+    }
+}
+
+// A memory checker sees each byte outside these blocks.
+TYPED_TEST(SwapStrings, AStringMayEndWithItsBlockBeforeTheCount) {
+    for (std::size_t length = 0; length <= 40; ++length) {
+        const auto block = std::make_unique<TypeParam[]>(length + 1);
+        std::fill_n(block.get(), length, TypeParam{1});
+        Swaps<TypeParam>::counted(block.get(), 1000);
+        for (std::size_t i = 0; i < length; ++i) {
+            EXPECT_EQ(TypeParam{1} << 8 * (sizeof(TypeParam) - 1), block[i])
+                << i << " of " << length;
+        }
+        EXPECT_EQ(0u, block[length]) << length;
     }
 }
 
