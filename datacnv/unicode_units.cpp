@@ -27,8 +27,8 @@ struct Position {
     int32_t read = 0;
     int32_t written = 0;
 };
-constexpr int32_t stride = blockUnits<uint16_t>;
-constexpr int32_t oneByOne = 4 * stride;
+constexpr int32_t kStride = kBlockUnits<uint16_t>;
+constexpr int32_t kOneByOne = 4 * kStride;
 
 // Each pair becomes one 32-bit unit: the 16-bit unit and zero bits above it.
 void widen(Block<uint16_t> units, wchar_t* target) noexcept {
@@ -105,14 +105,14 @@ CnvStatus convert(const Source* source, int32_t sourceUnits, Target* target, int
     if (sourceUnits < 0 || targetUnits < 0) return CNV_BAD_LENGTH;
     Position at;
     while (at.read < sourceUnits) {
-        const bool whole = sourceUnits - at.read >= stride && targetUnits - at.written >= stride;
+        const bool whole = sourceUnits - at.read >= kStride && targetUnits - at.written >= kStride;
         if (whole && convertBlock(source, target, at)) {
-            at.read += stride;
-            at.written += stride;
+            at.read += kStride;
+            at.written += kStride;
             continue;
         }
         Position one = at;
-        const int32_t end = std::min(sourceUnits - at.read, oneByOne) + at.read;
+        const int32_t end = std::min(sourceUnits - at.read, kOneByOne) + at.read;
         while (one.read < end) {
             const CnvStatus status = convertOne(source, sourceUnits, target, targetUnits, one);
             if (status != CNV_SUCCESS) return status;

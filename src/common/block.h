@@ -24,7 +24,7 @@ template <class Unit>
 using Block = typename BlockOf<Unit>::type;
 
 template <class Unit>
-constexpr std::size_t blockUnits = BlockOf<Unit>::units;
+constexpr std::size_t kBlockUnits = BlockOf<Unit>::units;
 
 // The address need not be aligned.
 template <class Unit>

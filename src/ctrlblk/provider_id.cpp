@@ -11,7 +11,7 @@ struct Provider {
 };
 
 // Two names share number 4, and the numbers do not follow the order: providers rely on both.
-constexpr Provider providers[] = {
+constexpr Provider kProviders[] = {
     {"CCN", 1},  {"NID", 2}, {"EML", 3},   {"AFF", 4},     {"COL", 4},    {"AGE", 6},
     {"HASH", 5}, {"LKP", 7}, {"DSWAP", 8}, {"CDSWAP", 10}, {"DDSWAP", 9},
 };
@@ -26,7 +26,7 @@ bool isNamed(const char* given, const char* name) noexcept {
 }
 
 int32_t providerNumber(const char* name) noexcept {
-    for (const Provider& provider : providers) {
+    for (const Provider& provider : kProviders) {
         if (isNamed(name, provider.name)) return provider.number;
     }
     return KORV_PROVIDER_UNKNOWN;

@@ -52,7 +52,7 @@ consteval bool rowsStandAtTheirCodes() {
 static_assert(rowsStandAtTheirCodes());
 
 // The one type beyond the catalogue's range; it has no name.
-constexpr DataType sDataType101 = {DATATYPE_101, nullptr, opaqueNumber, 0, 50, 51};
+constexpr DataType kDataType101 = {DATATYPE_101, nullptr, opaqueNumber, 0, 50, 51};
 
 int32_t valueBytes(const FieldDefI& field, uint32_t& bytes) noexcept {
     const DataType& type = dataType(field.dataType);
@@ -76,7 +76,7 @@ int32_t hasUnit(int16_t code, std::size_t unit) noexcept {
 }  // namespace
 
 const DataType& dataType(int16_t code) noexcept {
-    if (code == DATATYPE_101) return sDataType101;
+    if (code == DATATYPE_101) return kDataType101;
     const bool listed = code >= 0 && code < sKORV_DataTypesSize;
     return gKORV_DataTypes[listed ? code : 0];
 }

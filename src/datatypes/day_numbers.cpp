@@ -8,21 +8,21 @@ namespace korv {
 namespace {
 
 // 1900-01-01 in the count that begins with 1 March of the year 0 as day 1.
-constexpr int32_t epoch = 693902;
-constexpr int32_t daysOf400Years = 146097;
-constexpr int32_t daysOf4Years = 1461;
+constexpr int32_t kEpoch = 693902;
+constexpr int32_t kDaysOf400Years = 146097;
+constexpr int32_t kDaysOf4Years = 1461;
 
 // The date of any day. The casts to 16 bits are the widths of the intermediate values: they decide
 // what days far outside the years 1 to 9999 give.
 OdbcDate dateOfAnyDay(int32_t dayNumber) noexcept {
     // Wraps for days near the ends of 32 bits.
-    const auto quarters = static_cast<int32_t>(4 * (static_cast<uint32_t>(dayNumber) + epoch) - 1);
-    const auto century = static_cast<int16_t>(quarters / daysOf400Years);
-    const auto dayOfCentury = static_cast<uint16_t>((quarters - daysOf400Years * century) / 4);
+    const auto quarters = static_cast<int32_t>(4 * (static_cast<uint32_t>(dayNumber) + kEpoch) - 1);
+    const auto century = static_cast<int16_t>(quarters / kDaysOf400Years);
+    const auto dayOfCentury = static_cast<uint16_t>((quarters - kDaysOf400Years * century) / 4);
 
     const int32_t u = 4 * dayOfCentury + 3;
-    const int32_t yearOfCentury = u / daysOf4Years;
-    const int32_t dayOfYear = (u - daysOf4Years * yearOfCentury + 4) / 4;
+    const int32_t yearOfCentury = u / kDaysOf4Years;
+    const int32_t dayOfYear = (u - kDaysOf4Years * yearOfCentury + 4) / 4;
 
     const int32_t v = 5 * dayOfYear - 3;
     const int32_t month = v / 153;  // 0 is March
@@ -34,15 +34,15 @@ OdbcDate dateOfAnyDay(int32_t dayNumber) noexcept {
 }
 
 // The years that 16 bits hold, as whole cycles.
-constexpr uint32_t ordinaryDays = 81 * daysOf400Years;
+constexpr uint32_t kOrdinaryDays = 81 * kDaysOf400Years;
 
 // The same for the years 0 to 32400, where nothing is negative and nothing wraps. Quotient and
 // remainder come from one multiplication each: 2939745 / 2^32 is 1 / 1461 and 2141 / 2^16 is 5 /
 // 153, closely enough for the days of a century and of a year.
 OdbcDate dateOfOrdinaryDay(uint32_t day) noexcept {
     const uint32_t quarters = 4 * day + 3;
-    const uint32_t century = quarters / daysOf400Years;
-    const uint32_t u = (quarters - daysOf400Years * century) | 3;
+    const uint32_t century = quarters / kDaysOf400Years;
+    const uint32_t u = (quarters - kDaysOf400Years * century) | 3;
     const uint64_t years = uint64_t{2939745} * u;
     const auto yearOfCentury = static_cast<uint32_t>(years >> 32);
     const uint32_t dayOfYear = static_cast<uint32_t>(years) / 2939745 / 4;
@@ -59,8 +59,8 @@ int32_t dayOfAnyDate(const OdbcDate& date) noexcept {
     const auto year = static_cast<int16_t>(date.year - nextYear);
     const int32_t century = year / 100;
     const int32_t yearOfCentury = year - 100 * century;
-    return daysOf400Years * century / 4 + daysOf4Years * yearOfCentury / 4 + (153 * month + 2) / 5 +
-           date.day - epoch;
+    return kDaysOf400Years * century / 4 + kDaysOf4Years * yearOfCentury / 4 +
+           (153 * month + 2) / 5 + date.day - kEpoch;
 }
 
 // The same for months up to 12 of years from 1 on: 146097 / 4 is 25 * 1461 - 3 / 4, so that the
@@ -72,17 +72,17 @@ int32_t dayOfOrdinaryDate(const OdbcDate& date) noexcept {
     const uint32_t year = static_cast<uint16_t>(date.year) - nextYear;
     const uint32_t century = year / 100;
     const uint32_t days =
-        daysOf4Years * year / 4 - century + century / 4 + (979 * month - 2919) / 32;
-    return static_cast<int32_t>(days + date.day - epoch);
+        kDaysOf4Years * year / 4 - century + century / 4 + (979 * month - 2919) / 32;
+    return static_cast<int32_t>(days + date.day - kEpoch);
 }
 
 }  // namespace
 }  // namespace korv
 
 void KORVIntSYBToODBC(const int32_t* day, OdbcDate* date) {
-    const uint32_t ordinary = static_cast<uint32_t>(*day) + korv::epoch - 1;
-    *date = ordinary < korv::ordinaryDays ? korv::dateOfOrdinaryDay(ordinary)
-                                          : korv::dateOfAnyDay(*day);
+    const uint32_t ordinary = static_cast<uint32_t>(*day) + korv::kEpoch - 1;
+    *date = ordinary < korv::kOrdinaryDays ? korv::dateOfOrdinaryDay(ordinary)
+                                           : korv::dateOfAnyDay(*day);
 }
 
 void KORVIntODBCToSYB(const OdbcDate* date, int32_t* day) {

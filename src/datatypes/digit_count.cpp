@@ -11,7 +11,7 @@ namespace {
 
 // 10^0 and up, as far as they fit.
 template <class Unsigned>
-constexpr auto powersOfTen = [] {
+constexpr auto kPowersOfTen = [] {
     std::array<Unsigned, std::numeric_limits<Unsigned>::digits10 + 1> powers{};
     Unsigned power = 1;
     for (Unsigned& entry : powers) {
@@ -29,7 +29,7 @@ uint32_t digits(Integer value) noexcept {
     auto magnitude = static_cast<Magnitude>(value);
     if (value < 0) magnitude = 0 - magnitude;
     const auto least = static_cast<uint32_t>(std::bit_width(magnitude)) * 1233 >> 12;
-    return least + (magnitude >= powersOfTen<Magnitude>[least]);
+    return least + (magnitude >= kPowersOfTen<Magnitude>[least]);
 }
 
 }  // namespace

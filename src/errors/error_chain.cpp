@@ -16,13 +16,13 @@ void account(ErrorAnchor& anchor, uint32_t bytes) noexcept {
 
 namespace {
 
-constexpr uint32_t slotBytes = sizeof(TokenSlot);
-constexpr uint16_t oneSlotRecordBytes = sizeof(ErrorRecord);
+constexpr uint32_t kSlotBytes = sizeof(TokenSlot);
+constexpr uint16_t kOneSlotRecordBytes = sizeof(ErrorRecord);
 
 int32_t openRecord(ErrorAnchor& anchor, uint32_t firstCode, uint32_t secondCode,
                    int16_t slotCount) noexcept {
     const auto slots = static_cast<uint32_t>(std::max<int16_t>(slotCount, 1));
-    anchor.currentSize = oneSlotRecordBytes + (slots - 1) * slotBytes;
+    anchor.currentSize = kOneSlotRecordBytes + (slots - 1) * kSlotBytes;
 
     // One slot more than is accounted: a full record accepts one token after its last slot.
     auto* record =
@@ -31,13 +31,13 @@ int32_t openRecord(ErrorAnchor& anchor, uint32_t firstCode, uint32_t secondCode,
     if (!record) return KORV_FAILURE;
     anchor.tail = record;
 
-    writeHeader(record->header, "ECBD", oneSlotRecordBytes);
+    writeHeader(record->header, "ECBD", kOneSlotRecordBytes);
     record->firstCode = firstCode;
     record->secondCode = secondCode;
     record->tokenSlotCount = slotCount;
 
     ++anchor.recordCount;
-    account(anchor, static_cast<uint32_t>(slotCount) * slotBytes);
+    account(anchor, static_cast<uint32_t>(slotCount) * kSlotBytes);
     return KORV_SUCCESS;
 }
 

@@ -13,10 +13,10 @@
 namespace korv {
 namespace {
 
-constexpr uint32_t integerBytes = 48;
-constexpr uint32_t smallIntegerBytes = 28;
-constexpr uint32_t momentBytes = 200;
-constexpr wchar_t nullText[] = L"<NULL>";
+constexpr uint32_t kIntegerBytes = 48;
+constexpr uint32_t kSmallIntegerBytes = 28;
+constexpr uint32_t kMomentBytes = 200;
+constexpr wchar_t kNullText[] = L"<NULL>";
 
 // A conversion of the companion library.
 template <class Source>
@@ -91,19 +91,19 @@ int32_t convertValue(const void* value, const DataType& type, uint32_t length,
                      Text& text) noexcept {
     if (isText(type)) return convertText(value, type, length, text);
     if (type.family == Family::moment) {
-        if (!makeRoom(text, momentBytes)) return KORV_FAILURE;
-        KORVGetStringFromTS(value, text.place, momentBytes, &text.length);
+        if (!makeRoom(text, kMomentBytes)) return KORV_FAILURE;
+        KORVGetStringFromTS(value, text.place, kMomentBytes, &text.length);
         return KORV_SUCCESS;
     }
     switch (type.code) {
         case INTEGER:
-            return convertInteger(KORVCnvIntToWVarcharSz1, value, integerBytes, text);
+            return convertInteger(KORVCnvIntToWVarcharSz1, value, kIntegerBytes, text);
         case U_INTEGER:
-            return convertInteger(KORVCnvUIntToWVarcharSz, value, integerBytes, text);
+            return convertInteger(KORVCnvUIntToWVarcharSz, value, kIntegerBytes, text);
         case SMALLINT:
-            return convertInteger(KORVCnvSmallIntToWVarcharSz, value, smallIntegerBytes, text);
+            return convertInteger(KORVCnvSmallIntToWVarcharSz, value, kSmallIntegerBytes, text);
         case USMALLINT:
-            return convertInteger(KORVCnvSmallUIntToWVarcharSz, value, smallIntegerBytes, text);
+            return convertInteger(KORVCnvSmallUIntToWVarcharSz, value, kSmallIntegerBytes, text);
         default:
             return KORV_TOKEN_BAD_TYPE;
     }
@@ -127,7 +127,7 @@ int32_t capture(ErrorAnchor& anchor, const void* value, const DataType& type, ui
     if (value) {
         status = convertValue(value, type, length, text);
     } else {
-        status = isText(type) ? copyText(nullText, std::size(nullText) - 1, text) : KORV_FAILURE;
+        status = isText(type) ? copyText(kNullText, std::size(kNullText) - 1, text) : KORV_FAILURE;
     }
     if (status == KORV_SUCCESS) account(anchor, text.length * 4 + 4);
     return status;

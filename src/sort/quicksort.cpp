@@ -9,11 +9,11 @@ namespace korv {
 namespace {
 
 // Partitions of up to this many elements are sorted by selection.
-constexpr std::size_t shortPartition = 8;
+constexpr std::size_t kShortPartition = 8;
 
 // The larger side of each partition waits on the stack while the smaller is sorted, so the stack
 // never holds more entries than the base-2 logarithm of the count.
-constexpr int stackSize = 30;
+constexpr int kStackSize = 30;
 
 // The callers' comparison with its context, elements in order or exchanged.
 template <bool ascending>
@@ -88,12 +88,12 @@ void Sorter<Width, Compare>::sort(char* lo, char* hi) const noexcept {
         char* lo;
         char* hi;
     };
-    Partition stack[stackSize];
+    Partition stack[kStackSize];
     int waiting = 0;
     const std::size_t width = width_.value;
     for (;;) {
         const std::size_t size = static_cast<std::size_t>(hi - lo) / width + 1;
-        if (size <= shortPartition) {
+        if (size <= kShortPartition) {
             shortsort(lo, hi);
         } else {
             // The pivot stands at lo; both scans pass over elements equal to it.

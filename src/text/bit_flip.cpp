@@ -28,7 +28,7 @@ void flip(uint8_t* target, const uint8_t* source, std::size_t count) noexcept {
     // Where a target byte is a source byte still to be read, only one by one will do.
     const bool intoSource = target >= source && target < source + count;
     if (!intoSource) {
-        for (; i + blockUnits<uint8_t> <= count; i += blockUnits<uint8_t>) {
+        for (; i + kBlockUnits<uint8_t> <= count; i += kBlockUnits<uint8_t>) {
             const auto block = reinterpret_cast<Block<uint32_t>>(loadBlock(source + i));
             storeBlock(target + i, flipped(block));
         }

@@ -39,7 +39,7 @@ bool swapOneByOne(Unit*& units, std::size_t& left, bool toAligned) noexcept {
 template <class Unit>
 void swapUnits(Unit* units, std::size_t left) noexcept {
     if (!swapOneByOne(units, left, true)) return;
-    for (; left >= blockUnits<Unit>; left -= blockUnits<Unit>, units += blockUnits<Unit>) {
+    for (; left >= kBlockUnits<Unit>; left -= kBlockUnits<Unit>, units += kBlockUnits<Unit>) {
         const Block<Unit> block = loadBlock(units);
         if (anyLane(block == 0)) break;
         storeBlock(units, swapped(block));

@@ -10,7 +10,7 @@ namespace {
 
 // So many characters are converted one by one before a text is measured: for a short one, that and
 // working in blocks costs more than it saves.
-constexpr std::size_t shortText = 16;
+constexpr std::size_t kShortText = 16;
 
 // A byte indexes the locale's table as a signed char; the low byte of the entry is kept.
 template <class Case>
@@ -19,14 +19,14 @@ void convertText(char* text) noexcept {
     const auto convertOne = [table](char& c) {
         c = static_cast<char>(table[static_cast<signed char>(c)]);
     };
-    for (const char* end = text + shortText; text != end; ++text) {
+    for (const char* end = text + kShortText; text != end; ++text) {
         if (!*text) return;
         convertOne(*text);
     }
     char* const end = text + std::strlen(text);
-    if (isAsciiTable<Case>(table, -tableOrigin)) {
-        constexpr std::size_t stride = blockUnits<signed char>;
-        static_assert(shortText >= stride);
+    if (isAsciiTable<Case>(table, -kTableOrigin)) {
+        constexpr std::size_t stride = kBlockUnits<signed char>;
+        static_assert(kShortText >= stride);
         const auto convertBlock = [](char* at) {
             const auto* block = reinterpret_cast<const signed char*>(at);
             storeBlock(at, convertAscii<Case, signed char>(loadBlock(block)));
@@ -49,7 +49,7 @@ void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& let
         for (; i < end; ++i) text[i] = letterCase.convert(text[i]);
     };
     // Four blocks for one question.
-    constexpr std::size_t one = blockUnits<wchar_t>;
+    constexpr std::size_t one = kBlockUnits<wchar_t>;
     const bool ascii = length >= 4 * one && letterCase.isAsciiLocale();
     while (length - i >= 4 * one) {
         Block<wchar_t> blocks[4];
@@ -71,7 +71,7 @@ void convertCounted(wchar_t* text, std::size_t length, const WideCase<Case>& let
 template <class Case>
 void convertText(wchar_t* text) noexcept {
     const WideCase<Case> letterCase;
-    for (const wchar_t* end = text + shortText; text != end; ++text) {
+    for (const wchar_t* end = text + kShortText; text != end; ++text) {
         if (!*text) return;
         *text = letterCase.convert(*text);
     }
@@ -107,9 +107,9 @@ wchar_t* KORV_StrToWLower(wchar_t* text) {
 }
 
 int32_t toportwupper(int32_t code) {
-    return code >= 'a' && code <= 'z' ? code & ~korv::caseBit : code;
+    return code >= 'a' && code <= 'z' ? code & ~korv::kCaseBit : code;
 }
 
 int32_t toportwlower(int32_t code) {
-    return code >= 'A' && code <= 'Z' ? code | korv::caseBit : code;
+    return code >= 'A' && code <= 'Z' ? code | korv::kCaseBit : code;
 }

@@ -24,20 +24,20 @@ using LowerCase = WideCase<Lower>;
 // The index of the first difference among `length` characters, or length.
 std::size_t findDifference(const wchar_t* first, const wchar_t* second, std::size_t length,
                            const LowerCase& lower) noexcept {
-    const bool ascii = length >= blockUnits<wchar_t> && lower.isAsciiLocale();
+    const bool ascii = length >= kBlockUnits<wchar_t> && lower.isAsciiLocale();
     std::size_t i = 0;
     const auto isEqual = [&](std::size_t at) {
         return first[at] == second[at] || lower.convert(first[at]) == lower.convert(second[at]);
     };
-    while (length - i >= blockUnits<wchar_t>) {
+    while (length - i >= kBlockUnits<wchar_t>) {
         const Block<wchar_t> a = loadBlock(first + i);
         const Block<wchar_t> b = loadBlock(second + i);
         if (ascii && isAscii(a | b) &&
             allLanes(convertAscii<Lower, int32_t>(a) == convertAscii<Lower, int32_t>(b))) {
-            i += blockUnits<wchar_t>;
+            i += kBlockUnits<wchar_t>;
             continue;
         }
-        for (const std::size_t end = i + blockUnits<wchar_t>; i < end; ++i) {
+        for (const std::size_t end = i + kBlockUnits<wchar_t>; i < end; ++i) {
             if (!isEqual(i)) return i;
         }
     }
@@ -47,7 +47,7 @@ std::size_t findDifference(const wchar_t* first, const wchar_t* second, std::siz
 
 // How many characters are measured and compared at a time, so that texts that differ early are not
 // read to their ends.
-constexpr std::size_t stride = 64;
+constexpr std::size_t kStride = 64;
 
 // The result when a text has ended, or when none was compared.
 int32_t resultAtEnd(const wchar_t* first, const wchar_t* second, const LastPair& last) noexcept {
@@ -60,7 +60,7 @@ int32_t compareUpTo(const wchar_t* first, const wchar_t* second, std::size_t lim
                     LastPair& last) noexcept {
     const LowerCase lower;
     while (limit > 0 && *first && *second) {
-        const std::size_t most = std::min(limit, stride);
+        const std::size_t most = std::min(limit, kStride);
         const std::size_t length = wcsnlen(second, wcsnlen(first, most));
         const std::size_t at = findDifference(first, second, length, lower);
         const std::size_t compared = std::min(at, length - 1);

@@ -5,7 +5,7 @@
 namespace korv {
 namespace {
 
-constexpr wchar_t quote = L'"';
+constexpr wchar_t kQuote = L'"';
 
 // Cuts one element out of a list and writes it, unbounded, to an output.
 class ElementReader {
@@ -18,15 +18,15 @@ class ElementReader {
         while (*at_ == L' ') ++at_;
         if (!*at_) return noElement;
 
-        const bool quoted = *at_ == quote;
+        const bool quoted = *at_ == kQuote;
         if (quoted) append(*at_++);
         bool inside = quoted;
         bool closed = false;
         bool escaped = false;
         for (; *at_ && (inside || *at_ != delimiter); ++at_) {
-            if (*at_ == quote && !escaped) {
+            if (*at_ == kQuote && !escaped) {
                 if (!inside) return strayQuote;
-                append(quote);
+                append(kQuote);
                 inside = false;
                 closed = true;
             } else if (*at_ == L'\\' && !escaped) {
@@ -59,9 +59,9 @@ class ElementReader {
 
 // Whether a name opens with a quote and has another one within its first maxLength characters.
 bool isQuoted(const wchar_t* name, int32_t maxLength) noexcept {
-    if (*name != quote) return false;
+    if (*name != kQuote) return false;
     for (int32_t i = 1; i < maxLength && name[i]; ++i) {
-        if (name[i] == quote) return true;
+        if (name[i] == kQuote) return true;
     }
     return false;
 }

@@ -18,9 +18,9 @@ namespace korv {
 // libc's own table of narrow conversions in the current locale, indexed from -128. It is the one
 // that toupper and tolower read; the pointers that the macros of ctype.h read are not, in a thread
 // that runs while another changes the locale of the process.
-constexpr int32_t tableOrigin = 128;
+constexpr int32_t kTableOrigin = 128;
 inline const int32_t* tableOf(const char* entries) noexcept {
-    return reinterpret_cast<const int32_t*>(entries) + tableOrigin;
+    return reinterpret_cast<const int32_t*>(entries) + kTableOrigin;
 }
 
 // The two directions: the first of the 26 letters that change, and the functions of the locale.
@@ -46,17 +46,17 @@ template <class Case>
 inline const int32_t* const cTable = tableOf(nl_langinfo_l(Case::item,
                                                            newlocale(LC_CTYPE_MASK, "C", nullptr)));
 
-constexpr int32_t letterCount = 26;
-constexpr int32_t caseBit = 0x20;
+constexpr int32_t kLetterCount = 26;
+constexpr int32_t kCaseBit = 0x20;
 
 // What a table holds in a locale that changes ASCII letters only, as low bytes.
 template <class Case>
-constexpr auto asciiTable = [] {
-    std::array<int32_t, 2 * tableOrigin> table{};
-    for (int32_t i = 0; i != 2 * tableOrigin; ++i) {
-        const int32_t byte = (i - tableOrigin) & 0xFF;
+constexpr auto kAsciiTable = [] {
+    std::array<int32_t, 2 * kTableOrigin> table{};
+    for (int32_t i = 0; i != 2 * kTableOrigin; ++i) {
+        const int32_t byte = (i - kTableOrigin) & 0xFF;
         const int32_t letter = byte - Case::firstLetter;
-        table[i] = letter >= 0 && letter < letterCount ? byte ^ caseBit : byte;
+        table[i] = letter >= 0 && letter < kLetterCount ? byte ^ kCaseBit : byte;
     }
     return table;
 }();
@@ -66,8 +66,8 @@ template <class Case>
 bool isAsciiTable(const int32_t* table, int32_t from) noexcept {
     if (table == cTable<Case>) return true;
     Block<int32_t> different{};
-    for (int32_t c = from; c < 128; c += blockUnits<int32_t>) {
-        different |= loadBlock(table + c) ^ loadBlock(&asciiTable<Case>[c + tableOrigin]);
+    for (int32_t c = from; c < 128; c += kBlockUnits<int32_t>) {
+        different |= loadBlock(table + c) ^ loadBlock(&kAsciiTable<Case>[c + kTableOrigin]);
     }
     return allLanes((different & 0xFF) == 0);
 }
@@ -78,11 +78,11 @@ Block<Unit> convertAscii(Block<Unit> block) noexcept {
     // Shifted so that the last letter is the largest number, one comparison finds the letters.
     using Bits = std::make_unsigned_t<Unit>;
     constexpr Unit largest = std::numeric_limits<Unit>::max();
-    constexpr auto shift = static_cast<Bits>(largest - (Case::firstLetter + letterCount - 1));
+    constexpr auto shift = static_cast<Bits>(largest - (Case::firstLetter + kLetterCount - 1));
     const auto shifted =
         reinterpret_cast<Block<Unit>>(reinterpret_cast<Block<Bits>>(block) + shift);
-    const auto letters = shifted > static_cast<Unit>(largest - letterCount);
-    return block ^ (reinterpret_cast<Block<Unit>>(letters) & static_cast<Unit>(caseBit));
+    const auto letters = shifted > static_cast<Unit>(largest - kLetterCount);
+    return block ^ (reinterpret_cast<Block<Unit>>(letters) & static_cast<Unit>(kCaseBit));
 }
 
 // Whether convertAscii may convert a block of wide characters, where the locale's table is ASCII's.
@@ -101,7 +101,7 @@ class WideCase {
     wchar_t convert(wchar_t character) const noexcept {
         if (static_cast<uint32_t>(character) < 0x80) {
             const auto letter = static_cast<uint32_t>(character - Case::firstLetter);
-            const wchar_t ascii = letter < letterCount ? character ^ caseBit : character;
+            const wchar_t ascii = letter < kLetterCount ? character ^ kCaseBit : character;
             if ((table_[character] & 0xFF) == ascii) return ascii;
         }
         return static_cast<wchar_t>(Case::convert(static_cast<wint_t>(character)));
