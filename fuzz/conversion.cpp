@@ -15,8 +15,8 @@ using fuzz::Block;
 using fuzz::Input;
 using fuzz::terminated;
 
-constexpr uint32_t untouched = 0xDEADBEEF;
-constexpr uint32_t noLength = 0;
+constexpr uint32_t kUntouched = 0xDEADBEEF;
+constexpr uint32_t kNoLength = 0;
 
 // What a conversion leaves in a target.
 template <class Char>
@@ -30,14 +30,14 @@ template <class Char, class Convert>
 Outcome<Char> run(uint32_t capacity, Convert convert) {
     const std::size_t units = capacity / sizeof(Char);
     Block<Char> target(units);
-    uint32_t outLen = untouched;
+    uint32_t outLen = kUntouched;
     const int32_t status = convert(target.data(), capacity, &outLen);
     if (status == CNV_SUCCESS) {
         FUZZ_EXPECT(outLen < units && target[outLen] == 0);
         return {status, {target.data(), outLen}};
     }
     FUZZ_EXPECT(status >= CNV_TARGET_TOO_SMALL && status <= CNV_NO_MEMORY);
-    FUZZ_EXPECT(outLen == untouched);
+    FUZZ_EXPECT(outLen == kUntouched);
     FUZZ_EXPECT(units == 0 || target[0] == 0);
     return {status, {}};
 }
@@ -92,7 +92,8 @@ void throughCodePage(Input& input) {
 
     Block<wchar_t> wide(terminated(full.text));
     const auto narrow = [&](char* target, uint32_t room, uint32_t* outLen) {
-        return KORVCnvWVarcharSzToVarcharSz(wide.data(), &noLength, target, room, outLen, &options);
+        return KORVCnvWVarcharSzToVarcharSz(wide.data(), &kNoLength, target, room, outLen,
+                                            &options);
     };
     const bool exact = options.codePage == 1208 || options.codePage == 819;
     const Outcome<char> back = run<char>((length + 1) * 8, narrow);
@@ -152,9 +153,10 @@ void forms(Input& input) {
                 return KORVCnvWCharToWVarcharSz(static_cast<const wchar_t*>(value), &length, target,
                                                 room, outLen, nullptr);
             case 2:
-                return KORVCnvVarcharToWVarcharSz(value, &noLength, target, room, outLen, nullptr);
+                return KORVCnvVarcharToWVarcharSz(value, &kNoLength, target, room, outLen, nullptr);
             default:
-                return KORVCnvWVarcharToWVarcharSz(value, &noLength, target, room, outLen, nullptr);
+                return KORVCnvWVarcharToWVarcharSz(value, &kNoLength, target, room, outLen,
+                                                   nullptr);
         }
     });
 }
@@ -166,7 +168,7 @@ void integer(Input& input, Convert convert) {
     const std::string digits = std::to_string(value);
     expectText(std::wstring(digits.begin(), digits.end()), capacity,
                [&](wchar_t* target, uint32_t room, uint32_t* outLen) {
-                   return convert(&value, &noLength, target, room, outLen, nullptr);
+                   return convert(&value, &kNoLength, target, room, outLen, nullptr);
                });
 }
 

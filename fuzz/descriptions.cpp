@@ -35,7 +35,7 @@ struct Source {
     }
 };
 
-constexpr uint32_t latin1 = 819;
+constexpr uint32_t kLatin1 = 819;
 
 template <class Char>
 bool holds(const Char* text, const void* expected, std::size_t bytes, std::size_t terminator) {
@@ -65,7 +65,7 @@ FieldDefI field(Input& input) {
     description.text = described ? &source.text : nullptr;
 
     FieldDefI target{};
-    const int32_t status = CopyFieldStruct(&description, &target, latin1, 0);
+    const int32_t status = CopyFieldStruct(&description, &target, kLatin1, 0);
     FUZZ_EXPECT(target.dataType == description.dataType && target.length == description.length &&
                 target.fldValue2 == description.fldValue2 && target.fldFlag == description.fldFlag);
     if (!present || !described) {
@@ -139,7 +139,7 @@ void parameter(Input& input) {
     description.oprTextLen = static_cast<uint32_t>(name.size() * sizeof(wchar_t));
 
     OprDefI target{};
-    const int32_t status = CopyParamsStruct(&description, &target, latin1, 0);
+    const int32_t status = CopyParamsStruct(&description, &target, kLatin1, 0);
     const bool refused = hasText && negative;
     FUZZ_EXPECT(status == (refused ? KORV_BAD_VALUE_LENGTH : KORV_SUCCESS));
     FUZZ_EXPECT(target.oprCode == description.oprCode && target.valueKind == description.valueKind);
@@ -183,7 +183,7 @@ void provider(Input& input) {
                        narrow ? static_cast<void*>(bytes[1].data()) : wide[1].data()};
     target.texts = buffers;
     const int32_t status =
-        CopyPrvStruct(&target, &description, latin1, 0, narrow ? KORV_TEXT_NARROW : 'W');
+        CopyPrvStruct(&target, &description, kLatin1, 0, narrow ? KORV_TEXT_NARROW : 'W');
     FUZZ_EXPECT(target.prvAttr2 == static_cast<uint16_t>(description.prvAttr2));
     bool fits = true;
     for (std::size_t i = 0; i < 2 && fits; ++i) {

@@ -18,7 +18,7 @@ using fuzz::Block;
 using fuzz::Input;
 using fuzz::terminated;
 
-constexpr uint32_t untouched = 0xDEADBEEF;
+constexpr uint32_t kUntouched = 0xDEADBEEF;
 
 // All elements of a list, one after the other.
 void elements(Input& input) {
@@ -30,7 +30,7 @@ void elements(Input& input) {
         const reference::Element expected =
             reference::elementOf(list, delimiter, static_cast<std::size_t>(start));
         Block<wchar_t> output(expected.written, shift);
-        uint32_t length = untouched;
+        uint32_t length = kUntouched;
         const int32_t next = KORV_GetNextElement(source.data(), output.data(), &length, delimiter,
                                                  0, static_cast<uint32_t>(start));
         FUZZ_EXPECT(next == expected.result);
@@ -51,12 +51,12 @@ void keyValue(Input& input) {
     const reference::Value expected = reference::keyValue(text, maxCount, separator);
     Block<char> source(terminated(text));
     Block<char> output(expected.result == 0 ? expected.copied + 1 : 0);
-    uint32_t length = untouched;
+    uint32_t length = kUntouched;
     const int32_t result = GetKeyValue(source.data(), output.data(), maxCount,
                                        withLength ? &length : nullptr, separator);
     FUZZ_EXPECT(result == expected.result);
     if (result == 0) FUZZ_EXPECT(expected.text == output.data());
-    FUZZ_EXPECT(length == (result == 0 && withLength ? expected.copied : untouched));
+    FUZZ_EXPECT(length == (result == 0 && withLength ? expected.copied : kUntouched));
     FUZZ_EXPECT(source.holds(terminated(text)));
 }
 
@@ -67,13 +67,13 @@ void trim(Input& input) {
     const std::wstring text = input.text<wchar_t>();
     std::vector<wchar_t> left(text.c_str(), text.c_str() + text.size() + 1);
     std::vector<wchar_t> collected(left.size());
-    uint32_t expectedLength = untouched;
+    uint32_t expectedLength = kUntouched;
     reference::trim(left.data(), &expectedLength, delimiters.c_str(), collected.data(), mode);
 
     Block<wchar_t> source(terminated(text), shift);
     Block<wchar_t> set(terminated(delimiters));
     Block<wchar_t> work(text.size() + 1, shift);
-    uint32_t length = untouched;
+    uint32_t length = kUntouched;
     FUZZ_EXPECT(TrimSourceW(source.data(), &length, set.data(), work.data(), mode) == 0);
     FUZZ_EXPECT(length == expectedLength);
     FUZZ_EXPECT(std::wstring(collected.data()) == work.data());

@@ -13,7 +13,7 @@ using fuzz::Block;
 using fuzz::Input;
 using fuzz::terminated;
 
-constexpr uint32_t untouched = 0xDEADBEEF;
+constexpr uint32_t kUntouched = 0xDEADBEEF;
 
 // Both ways at once: `literal` is the slow one, `convert` the library's, which counts in bytes, and
 // `back` its counterpart.
@@ -26,7 +26,7 @@ void unicode(Input& input, Convert convert, Literal literal, Back back) {
     Block<Source> source(units, sourceShift);
     Block<Target> target(static_cast<std::size_t>(room), targetShift);
     std::vector<Target> expected(target.data(), target.data() + room);
-    uint32_t expectedCount = untouched, count = untouched;
+    uint32_t expectedCount = kUntouched, count = kUntouched;
     const int32_t fault = literal(source.data(), static_cast<int32_t>(units.size()),
                                   expected.data(), room, &expectedCount);
     const auto bytes = static_cast<int32_t>(units.size() * sizeof(Source)) + partial;

@@ -16,7 +16,7 @@ using fuzz::Block;
 using fuzz::Input;
 using reference::Rule;
 
-constexpr uint32_t untouched = reference::kUntouched;
+constexpr uint32_t kUntouched = reference::kUntouched;
 
 // A code of the catalogue, or any.
 int16_t chooseCode(Input& input) {
@@ -31,14 +31,14 @@ void catalogue(Input& input) {
     field.dataType = code;
     field.length = input.number<uint32_t>();
     const reference::CatalogueRow* row = reference::catalogueRow(code);
-    uint32_t bytes = untouched, length = untouched;
+    uint32_t bytes = kUntouched, length = kUntouched;
     FUZZ_EXPECT(GetDataTypeBytes(&field, &bytes) == (row ? KORV_SUCCESS : KORV_TYPE_UNKNOWN));
-    FUZZ_EXPECT(bytes == (!row                ? untouched
+    FUZZ_EXPECT(bytes == (!row                ? kUntouched
                           : row->perCharacter ? row->perCharacter * field.length
                                               : row->bytes));
     FUZZ_EXPECT(GetDataTypeLengths(&field, &length) ==
                 (row ? row->lengthStatus : KORV_TYPE_UNKNOWN));
-    FUZZ_EXPECT(length == (row ? row->textLength : untouched));
+    FUZZ_EXPECT(length == (row ? row->textLength : kUntouched));
     FUZZ_EXPECT(KORV_IsCharacterDatatype(code) == (row && row->narrow ? 0 : -1));
     FUZZ_EXPECT(KORV_IsWideCharacterDatatype(code) == (row && row->wide ? 0 : -1));
     const char* name = KORVGetDataTypeName(code);
@@ -82,7 +82,7 @@ void lengths(Input& input) {
     FieldDefI field{};
     field.dataType = code;
     value.data = hasData ? data.data() : nullptr;
-    int32_t length = static_cast<int32_t>(untouched);
+    int32_t length = static_cast<int32_t>(kUntouched);
     int32_t expected = length;
     if (value.nullIndicator == 1 || !hasData) {
         expected = -1;

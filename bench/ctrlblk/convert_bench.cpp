@@ -10,7 +10,7 @@
 namespace bench {
 namespace {
 
-constexpr const char* function = "KORVCnvCtrlBlkFromIToX, CleanCtrlBlkX";
+constexpr const char* kFunction = "KORVCnvCtrlBlkFromIToX, CleanCtrlBlkX";
 
 // A block of n fields, and of n references to them in ascending positions.
 struct Source {
@@ -47,7 +47,7 @@ void heapAlone(std::vector<void*>& blocks) {
     std::free(blocks[0]);
 }
 
-constexpr std::size_t batch = 200;
+constexpr std::size_t kBatch = 200;
 
 std::string sizeOf(std::size_t n) {
     return std::to_string(n) + " fields and references";
@@ -65,18 +65,18 @@ void addConvert() {
     const auto literal = [&](std::size_t) {
         request(few.block, reference::cnvCtrlBlkFromIToX, reference::cleanCtrlBlkX);
     };
-    Row(function, sizeOf(20), batch)
-        .units(batch * 20)
+    Row(kFunction, sizeOf(20), kBatch)
+        .units(kBatch * 20)
         .with("ours", oursOfFew)
         .with("literal", literal)
         .with("malloc and free alone", [&](std::size_t) { heapAlone(fewBlocks); });
 
     const auto& many = *new Source(20000);
-    Row(function, sizeOf(20000), 1).units(20000).with("ours", [&, ours](std::size_t) {
+    Row(kFunction, sizeOf(20000), 1).units(20000).with("ours", [&, ours](std::size_t) {
         ours(many);
     });
     // Names the time at 20 as the peer of that at 20,000.
-    Row(function, sizeOf(20000), batch).units(batch * 20).with("ours at 20", oursOfFew);
+    Row(kFunction, sizeOf(20000), kBatch).units(kBatch * 20).with("ours at 20", oursOfFew);
 }
 
 }  // namespace bench

@@ -10,7 +10,7 @@
 namespace bench {
 namespace {
 
-constexpr int32_t lastDay = 73048;
+constexpr int32_t kLastDay = 73048;
 
 std::vector<OdbcDate> datesOf(const std::vector<int32_t>& days) {
     std::vector<OdbcDate> dates(days.size());
@@ -21,17 +21,17 @@ std::vector<OdbcDate> datesOf(const std::vector<int32_t>& days) {
 }  // namespace
 
 void addDayNumbers() {
-    const auto& days = forever(randomNumbers<int32_t>(manyInputs, 0, lastDay));
+    const auto& days = forever(randomNumbers<int32_t>(kManyInputs, 0, kLastDay));
     const auto& dates = forever(datesOf(days));
     auto& date = forever(OdbcDate{});
     auto& day = forever(int32_t{});
-    Row("KORVIntSYBToODBC", "1900 to 2099", manyInputs)
+    Row("KORVIntSYBToODBC", "1900 to 2099", kManyInputs)
         .observe([&](std::size_t) { return bytesOf(date); })
         .with("ours", [&](std::size_t i) { KORVIntSYBToODBC(&days[i], &date); })
         .with("literal", [&](std::size_t i) { date = reference::dateOf(days[i]); })
         .with("std::chrono", [&](std::size_t i) { peerDayToDate(&days[i], &date); })
         .with("gmtime_r", [&](std::size_t i) { peers::dayToDate(days[i], date); });
-    Row("KORVIntODBCToSYB", "1900 to 2099", manyInputs)
+    Row("KORVIntODBCToSYB", "1900 to 2099", kManyInputs)
         .observe([&](std::size_t) { return bytesOf(day); })
         .with("ours", [&](std::size_t i) { KORVIntODBCToSYB(&dates[i], &day); })
         .with("literal", [&](std::size_t i) { day = reference::dayOf(dates[i]); })

@@ -15,9 +15,9 @@ template <class Number, class Ours, class Literal>
 void count(const char* function, const char* input, Ours ours, Literal literal) {
     using Limits = std::numeric_limits<Number>;
     const auto& values =
-        forever(randomNumbers<Number>(manyInputs, Limits::min() + 1, Limits::max()));
+        forever(randomNumbers<Number>(kManyInputs, Limits::min() + 1, Limits::max()));
     auto& counter = forever(uint32_t{});
-    Row(function, input, manyInputs)
+    Row(function, input, kManyInputs)
         .observe([&](std::size_t) { return bytesOf(counter); })
         .with("ours",
               [&, ours](std::size_t i) {

@@ -11,7 +11,7 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t inputs = 256;
+constexpr std::size_t kInputs = 256;
 
 ErrorAnchor* newAnchor() {
     return static_cast<ErrorAnchor*>(std::calloc(1, sizeof(ErrorAnchor)));
@@ -22,10 +22,10 @@ ErrorAnchor* newAnchor() {
 // The tokens are those of a value that cannot be masked: the column, its name wide, and the value's
 // length.
 void addErrorChain() {
-    const auto& columns = forever(texts<char>(inputs, 12, randomText<char>));
-    const auto& labels = forever(texts<wchar_t>(inputs, 20, randomText<wchar_t>));
-    const auto& lengths = forever(randomNumbers<int32_t>(inputs, 1, 10000));
-    Row("ErrorCaptureEAB, TokenCaptureEAB, TermErrors", "3 tokens", inputs)
+    const auto& columns = forever(texts<char>(kInputs, 12, randomText<char>));
+    const auto& labels = forever(texts<wchar_t>(kInputs, 20, randomText<wchar_t>));
+    const auto& lengths = forever(randomNumbers<int32_t>(kInputs, 1, 10000));
+    Row("ErrorCaptureEAB, TokenCaptureEAB, TermErrors", "3 tokens", kInputs)
         .with("ours",
               [&](std::size_t i) {
                   ErrorAnchor* anchor = newAnchor();

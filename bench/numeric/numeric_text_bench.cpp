@@ -16,7 +16,7 @@ namespace {
 std::vector<int32_t> numbersOf(int16_t width) {
     int32_t limit = 0;
     for (int i = 0; i < width && i < 9; ++i) limit = limit * 10 + 9;
-    return randomNumbers<int32_t>(manyInputs, 0, width < 10 ? limit : INT32_MAX);
+    return randomNumbers<int32_t>(kManyInputs, 0, width < 10 ? limit : INT32_MAX);
 }
 
 std::string digitsOf(int16_t width) {
@@ -26,7 +26,7 @@ std::string digitsOf(int16_t width) {
 void write(int16_t width) {
     const auto& values = forever(numbersOf(width));
     auto& field = forever(std::array<char, 16>{});
-    Row("PXLongToNum", digitsOf(width), manyInputs)
+    Row("PXLongToNum", digitsOf(width), kManyInputs)
         .observe([&](std::size_t) { return bytesOf(field); })
         .with("ours", [&, width](std::size_t i) { PXLongToNum(values[i], width, field.data()); })
         .with("literal",
@@ -38,7 +38,7 @@ void write(int16_t width) {
 void writeWide(int16_t width) {
     const auto& values = forever(numbersOf(width));
     auto& field = forever(std::array<wchar_t, 16>{});
-    Row("PXLongToNumW", digitsOf(width), manyInputs)
+    Row("PXLongToNumW", digitsOf(width), kManyInputs)
         .observe([&](std::size_t) { return bytesOf(field); })
         .with("ours", [&, width](std::size_t i) { PXLongToNumW(values[i], width, field.data()); })
         .with("literal",
@@ -49,9 +49,9 @@ void writeWide(int16_t width) {
 
 void read(int16_t digits) {
     const auto& fields =
-        forever(texts<char>(manyInputs, static_cast<std::size_t>(digits), randomDigits<char>));
+        forever(texts<char>(kManyInputs, static_cast<std::size_t>(digits), randomDigits<char>));
     auto& value = forever(int32_t{});
-    Row("PXNumToLong", digitsOf(digits), manyInputs)
+    Row("PXNumToLong", digitsOf(digits), kManyInputs)
         .observe([&](std::size_t) { return bytesOf(value); })
         .with("ours",
               [&, digits](std::size_t i) { PXNumToLong(fields.at(i), digits, digits, &value); })
@@ -66,7 +66,7 @@ void read(int16_t digits) {
 void readWide(int16_t blanks) {
     constexpr int16_t digits = 8;
     const auto width = static_cast<int16_t>(digits + blanks);
-    const std::size_t count = blanks ? 64 : manyInputs;
+    const std::size_t count = blanks ? 64 : kManyInputs;
     const auto& fields = forever(texts<wchar_t>(
         count, static_cast<std::size_t>(width), [blanks](Random& random, std::size_t) {
             return randomDigits<wchar_t>(random, digits) +

@@ -11,9 +11,9 @@ namespace bench {
 
 void addPermutation() {
     constexpr int32_t count = 12;
-    const auto& keys = forever(randomNumbers<int32_t>(manyInputs, 0, INT32_MAX));
+    const auto& keys = forever(randomNumbers<int32_t>(kManyInputs, 0, INT32_MAX));
     auto& output = forever(std::array<int16_t, count>{});
-    Row("PXGetPermutation", "n = 12", manyInputs)
+    Row("PXGetPermutation", "n = 12", kManyInputs)
         .observe([&](std::size_t) { return bytesOf(output); })
         .with("ours", [&](std::size_t i) { PXGetPermutation(keys[i], count, output.data()); })
         .with("literal", [&](std::size_t i) { reference::permute(keys[i], count, output.data()); });

@@ -11,9 +11,9 @@ namespace bench {
 void addReverse() {
     // Of at most 19 digits, so that the number read back fits 64 bits.
     constexpr uint64_t limit = 9'999'999'999'999'999'999U;
-    const auto& numbers = forever(randomNumbers<uint64_t>(manyInputs, 0, limit));
+    const auto& numbers = forever(randomNumbers<uint64_t>(kManyInputs, 0, limit));
     auto& value = forever(uint64_t{});
-    Row("KORVReverseNum", "64 bits", manyInputs)
+    Row("KORVReverseNum", "64 bits", kManyInputs)
         .observe([&](std::size_t) { return bytesOf(value); })
         .with("ours",
               [&](std::size_t i) {

@@ -10,23 +10,23 @@
 namespace bench {
 namespace {
 
-constexpr int16_t length = 12;
-constexpr std::size_t inputs = 1024;
+constexpr int16_t kLength = 12;
+constexpr std::size_t kInputs = 1024;
 
 template <class Unit, class Ours, class Literal>
 void transpose(const char* function, Ours ours, Literal literal) {
-    const auto& fields = forever(texts<Unit>(inputs, length, randomDigits<Unit>));
-    const auto& keys = forever(randomNumbers<int32_t>(inputs, 0, INT32_MAX));
-    const auto& shifts = forever(randomNumbers<int16_t>(inputs, 1, 9));
-    auto& output = forever(std::array<Unit, length>{});
-    Row(function, "12 digits, shifted", inputs)
+    const auto& fields = forever(texts<Unit>(kInputs, kLength, randomDigits<Unit>));
+    const auto& keys = forever(randomNumbers<int32_t>(kInputs, 0, INT32_MAX));
+    const auto& shifts = forever(randomNumbers<int16_t>(kInputs, 1, 9));
+    auto& output = forever(std::array<Unit, kLength>{});
+    Row(function, "12 digits, shifted", kInputs)
         .observe([&](std::size_t) { return bytesOf(output); })
         .with("ours",
               [&, ours](std::size_t i) {
-                  ours(fields.at(i), output.data(), length, keys[i], shifts[i]);
+                  ours(fields.at(i), output.data(), kLength, keys[i], shifts[i]);
               })
         .with("literal", [&, literal](std::size_t i) {
-            literal(fields.at(i), output.data(), length, keys[i], shifts[i]);
+            literal(fields.at(i), output.data(), kLength, keys[i], shifts[i]);
         });
 }
 

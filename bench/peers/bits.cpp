@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::array<uint8_t, 256> flipped = [] {
+constexpr std::array<uint8_t, 256> kFlipped = [] {
     std::array<uint8_t, 256> table{};
     for (unsigned byte = 0; byte < table.size(); ++byte) {
         for (unsigned bit = 0; bit < 8; ++bit) {
@@ -22,5 +22,5 @@ void peerSwapUnits(uint32_t* units, uint32_t count) {
 }
 
 void peerFlipBits(uint8_t* target, const uint8_t* source, uint32_t count) {
-    for (uint32_t i = 0; i < count; ++i) target[i] = flipped[source[i]];
+    for (uint32_t i = 0; i < count; ++i) target[i] = kFlipped[source[i]];
 }

@@ -14,11 +14,11 @@
 
 namespace bench::peers {
 
-constexpr std::time_t secondsPerDay = 86400;
-constexpr std::time_t daysFrom1900To1970 = 25567;
+constexpr std::time_t kSecondsPerDay = 86400;
+constexpr std::time_t kDaysFrom1900To1970 = 25567;
 
 inline void dayToDate(int32_t day, OdbcDate& date) {
-    const std::time_t time = (day - daysFrom1900To1970) * secondsPerDay;
+    const std::time_t time = (day - kDaysFrom1900To1970) * kSecondsPerDay;
     std::tm fields;
     gmtime_r(&time, &fields);
     date.year = static_cast<int16_t>(fields.tm_year + 1900);
@@ -31,7 +31,7 @@ inline int32_t dateToDay(const OdbcDate& date) {
     fields.tm_year = date.year - 1900;
     fields.tm_mon = date.month - 1;
     fields.tm_mday = date.day;
-    return static_cast<int32_t>(timegm(&fields) / secondsPerDay + daysFrom1900To1970);
+    return static_cast<int32_t>(timegm(&fields) / kSecondsPerDay + kDaysFrom1900To1970);
 }
 
 // The text must end at the digits, or go on with `blanks` blanks.

@@ -11,7 +11,7 @@
 namespace bench {
 
 // Inputs of short calls: too many for the branch predictor, few enough for the first-level cache.
-constexpr std::size_t manyInputs = 4096;
+constexpr std::size_t kManyInputs = 4096;
 
 using Random = std::mt19937;
 

@@ -11,7 +11,7 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t inputs = 64;
+constexpr std::size_t kInputs = 64;
 
 std::wstring letters(Random& random, std::size_t length) {
     std::wstring text(length, 0);
@@ -23,14 +23,14 @@ std::wstring letters(Random& random, std::size_t length) {
 }
 
 void compare(const char* locale) {
-    const auto& first = forever(texts<wchar_t>(inputs, 40, letters));
+    const auto& first = forever(texts<wchar_t>(kInputs, 40, letters));
     auto& second = forever(first);
     for (wchar_t& character : second.units) {
         if (character) character ^= 0x20;
     }
     auto& order = forever(int32_t{});
     auto& plain = forever(reference::Comparison());
-    Row("StringWCaseCompare", std::string("40 characters, ") + locale + " locale", inputs)
+    Row("StringWCaseCompare", std::string("40 characters, ") + locale + " locale", kInputs)
         .locale(locale)
         .observe([&](std::size_t) { return bytesOf(order); })
         .with("ours", [&](std::size_t i) { order = StringWCaseCompare(first.at(i), second.at(i)); })

@@ -8,14 +8,14 @@
 namespace bench {
 namespace {
 
-constexpr const wchar_t* delimiters = L" ,;";
+constexpr const wchar_t* kDelimiters = L" ,;";
 
 // On average, a delimiter follows seven other characters.
 std::wstring delimited(Random& random, std::size_t length) {
     std::wstring text(length, 0);
     for (wchar_t& character : text) {
         character = randomNumber(random, 0, 7) == 0
-                        ? delimiters[randomNumber(random, 0, 2)]
+                        ? kDelimiters[randomNumber(random, 0, 2)]
                         : static_cast<wchar_t>(L'a' + randomNumber(random, 0, 25));
     }
     return text;
@@ -47,13 +47,13 @@ void addTrim() {
     rowOf(large)
         .with("ours",
               [&](std::size_t i) {
-                  TrimSourceW(large.text.at(i), &large.length, delimiters, large.work.data(), 1);
+                  TrimSourceW(large.text.at(i), &large.length, kDelimiters, large.work.data(), 1);
               })
         .with("literal", [&](std::size_t i) {
-            reference::trim(large.text.at(i), &large.length, delimiters, large.work.data(), 1);
+            reference::trim(large.text.at(i), &large.length, kDelimiters, large.work.data(), 1);
         });
     rowOf(small).with("ours at 1000", [&](std::size_t i) {
-        TrimSourceW(small.text.at(i), &small.length, delimiters, small.work.data(), 1);
+        TrimSourceW(small.text.at(i), &small.length, kDelimiters, small.work.data(), 1);
     });
 }
 

@@ -24,7 +24,7 @@ struct TokenValue {
 };
 
 // Their bytes can be counted by a length prefix.
-constexpr std::size_t mostCharacters = 4000;
+constexpr std::size_t kMostCharacters = 4000;
 
 template <class T>
 std::vector<char> bytesOf(const T* values, std::size_t count) {
@@ -53,10 +53,10 @@ inline TokenValue textValue(Input& input, int16_t type, bool wide) {
     const bool terminated =
         type == VARCHAR_SZ || type == DATETIME_SZ || type == WVARCHAR_SZ || type == DATETIME_WSZ;
     if (wide) {
-        value.text = input.text<wchar_t>().substr(0, mostCharacters);
+        value.text = input.text<wchar_t>().substr(0, kMostCharacters);
         value.bytes = bytesOf(value.text.c_str(), value.text.size() + terminated);
     } else {
-        const std::string text = input.text<char>().substr(0, mostCharacters);
+        const std::string text = input.text<char>().substr(0, kMostCharacters);
         for (const char c : text) value.text += static_cast<wchar_t>(static_cast<uint8_t>(c));
         value.bytes = bytesOf(text.c_str(), text.size() + terminated);
     }

@@ -9,10 +9,10 @@ namespace {
 
 // A constant record gives constant records, any other one gives records that can be changed.
 template <class List, class Record>
-constexpr bool listHas = std::is_same_v<decltype(*std::declval<List>().begin()), Record&>;
-#define GIVES(call, Holding, Record)                                          \
-    static_assert(listHas<decltype(call(std::declval<Holding&>())), Record>); \
-    static_assert(listHas<decltype(call(std::declval<const Holding&>())), const Record>)
+constexpr bool kListHas = std::is_same_v<decltype(*std::declval<List>().begin()), Record&>;
+#define GIVES(call, Holding, Record)                                           \
+    static_assert(kListHas<decltype(call(std::declval<Holding&>())), Record>); \
+    static_assert(kListHas<decltype(call(std::declval<const Holding&>())), const Record>)
 GIVES(korv::fields, CtrlBlkI, FieldDefI);
 GIVES(korv::fields, CtrlBlkX, FieldDefX);
 GIVES(korv::fields, SvcDefX, FieldDefX);
@@ -40,16 +40,16 @@ static_assert(
 
 // Constant records can be had from others, never the other way round.
 template <template <class> class Range, class Record>
-constexpr bool addsConst = std::is_convertible_v<Range<Record>, Range<const Record>> &&
-                           !std::is_convertible_v<Range<const Record>, Range<Record>>;
-static_assert(addsConst<korv::List, FieldDefX> && addsConst<korv::Row, TokenSlot>);
+constexpr bool kAddsConst = std::is_convertible_v<Range<Record>, Range<const Record>> &&
+                            !std::is_convertible_v<Range<const Record>, Range<Record>>;
+static_assert(kAddsConst<korv::List, FieldDefX> && kAddsConst<korv::Row, TokenSlot>);
 
 // What owns something is moved, never copied.
 template <class T>
-constexpr bool movesOnly =
+constexpr bool kMovesOnly =
     std::is_nothrow_move_constructible_v<T>&& std::is_nothrow_move_assignable_v<T> &&
     !std::is_copy_constructible_v<T>;
-static_assert(movesOnly<korv::Request> && movesOnly<korv::Elements> && movesOnly<korv::Buffer>);
+static_assert(kMovesOnly<korv::Request> && kMovesOnly<korv::Elements> && kMovesOnly<korv::Buffer>);
 static_assert(!std::is_copy_constructible_v<korv::ErrorBuilder>);
 
 // A number is not a status.
@@ -89,11 +89,11 @@ static_assert(korv::view("AB").size() == 2 && korv::view(L"AB")[1] == L'B');
 
 #ifdef __cpp_lib_ranges
 template <class Range>
-constexpr bool isListView = std::ranges::view<Range>&& std::ranges::forward_range<Range>&&
+constexpr bool kIsListView = std::ranges::view<Range>&& std::ranges::forward_range<Range>&&
     std::ranges::borrowed_range<Range>&& std::ranges::common_range<Range>;
-static_assert(isListView<korv::List<FieldDefI>> && isListView<korv::List<const FieldDefX>>);
-static_assert(isListView<korv::List<const FieldRefX>> && isListView<korv::List<OprDef>>);
-static_assert(isListView<korv::List<ErrorRecord>> && isListView<korv::Row<const TokenSlot>>);
+static_assert(kIsListView<korv::List<FieldDefI>> && kIsListView<korv::List<const FieldDefX>>);
+static_assert(kIsListView<korv::List<const FieldRefX>> && kIsListView<korv::List<OprDef>>);
+static_assert(kIsListView<korv::List<ErrorRecord>> && kIsListView<korv::Row<const TokenSlot>>);
 static_assert(std::ranges::random_access_range<korv::Row<TokenSlot>>);
 static_assert(std::ranges::contiguous_range<korv::Row<const TokenSlot>>);
 static_assert(std::ranges::sized_range<korv::Row<TokenSlot>>);

@@ -116,11 +116,11 @@ TEST_F(Owners, BeginWithZeroedRecords) {
 
 // What is part of another record, or needs another release, has no owner: it does not compile.
 template <class T>
-constexpr bool hasOwner = std::is_invocable_v<korv::Release, T*>;
-static_assert(hasOwner<CtrlBlkX> && hasOwner<SvcDefX> && hasOwner<OprDefX>);
-static_assert(hasOwner<ErrorAnchor> && hasOwner<char> && hasOwner<wchar_t>);
-static_assert(!hasOwner<CtrlBlkI> && !hasOwner<FieldDefI> && !hasOwner<FieldDefX>);
-static_assert(!hasOwner<FieldRefX> && !hasOwner<ErrorRecord> && !hasOwner<const wchar_t>);
+constexpr bool kHasOwner = std::is_invocable_v<korv::Release, T*>;
+static_assert(kHasOwner<CtrlBlkX> && kHasOwner<SvcDefX> && kHasOwner<OprDefX>);
+static_assert(kHasOwner<ErrorAnchor> && kHasOwner<char> && kHasOwner<wchar_t>);
+static_assert(!kHasOwner<CtrlBlkI> && !kHasOwner<FieldDefI> && !kHasOwner<FieldDefX>);
+static_assert(!kHasOwner<FieldRefX> && !kHasOwner<ErrorRecord> && !kHasOwner<const wchar_t>);
 static_assert(sizeof(korv::Owner<CtrlBlkX>) == sizeof(CtrlBlkX*));
 
 class Holders : public Owners {

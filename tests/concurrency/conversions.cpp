@@ -3,7 +3,7 @@
 
 namespace {
 
-constexpr uint32_t none = 0;
+constexpr uint32_t kNone = 0;
 
 // Narrow text of a length prefix and characters.
 struct Prefixed {
@@ -39,21 +39,21 @@ void convertText(Run& run) {
     CHECK(CALL(KORVCnvCharToWVarcharSz, narrow.characters, &bytes, target, sizeof target, &length,
                &options) == 0);
     CHECK(isWhole());
-    CHECK(CALL(KORVCnvVarcharSzToWVarcharSz, narrow.characters, &none, target, sizeof target,
+    CHECK(CALL(KORVCnvVarcharSzToWVarcharSz, narrow.characters, &kNone, target, sizeof target,
                &length, &options) == 0);
     CHECK(isWhole());
-    CHECK(CALL(KORVCnvVarcharToWVarcharSz, prefixed.bytes, &none, target, sizeof target, &length,
+    CHECK(CALL(KORVCnvVarcharToWVarcharSz, prefixed.bytes, &kNone, target, sizeof target, &length,
                &options) == 0);
     CHECK(isWhole());
     CHECK(CALL(KORVCnvWCharToWVarcharSz, wide.characters, &wideBytes, target, sizeof target,
                &length, nullptr) == 0);
     CHECK(isWhole());
-    CHECK(CALL(KORVCnvWVarcharSzToVarcharSz, wide.characters, &none, back, sizeof back, &length,
+    CHECK(CALL(KORVCnvWVarcharSzToVarcharSz, wide.characters, &kNone, back, sizeof back, &length,
                &options) == 0);
     CHECK(length == narrow.length && equal(back, narrow.characters));
 
     const char one[] = {4, 0, static_cast<char>('a' + run.thread), 0, 0, 0};
-    CHECK(CALL(KORVCnvWVarcharToWVarcharSz, one, &none, target, sizeof target, &length, nullptr) ==
+    CHECK(CALL(KORVCnvWVarcharToWVarcharSz, one, &kNone, target, sizeof target, &length, nullptr) ==
           0);
     CHECK(length == 1 && target[0] == static_cast<wchar_t>('a' + run.thread) && target[1] == 0);
 }
@@ -70,16 +70,16 @@ void convertNumbers(Run& run) {
         const long value = std::wcstol(target, &end, 10);
         return value == (negative ? number : -number) && end == target + length;
     };
-    CHECK(CALL(KORVCnvIntToWVarcharSz1, &number, &none, target, sizeof target, &length, nullptr) ==
+    CHECK(CALL(KORVCnvIntToWVarcharSz1, &number, &kNone, target, sizeof target, &length, nullptr) ==
           0);
     CHECK(isNumber(true));
-    CHECK(CALL(KORVCnvUIntToWVarcharSz, &positive, &none, target, sizeof target, &length,
+    CHECK(CALL(KORVCnvUIntToWVarcharSz, &positive, &kNone, target, sizeof target, &length,
                nullptr) == 0);
     CHECK(isNumber(false));
-    CHECK(CALL(KORVCnvSmallIntToWVarcharSz, &small, &none, target, sizeof target, &length,
+    CHECK(CALL(KORVCnvSmallIntToWVarcharSz, &small, &kNone, target, sizeof target, &length,
                nullptr) == 0);
     CHECK(isNumber(true));
-    CHECK(CALL(KORVCnvSmallUIntToWVarcharSz, &smallPositive, &none, target, sizeof target, &length,
+    CHECK(CALL(KORVCnvSmallUIntToWVarcharSz, &smallPositive, &kNone, target, sizeof target, &length,
                nullptr) == 0);
     CHECK(isNumber(false));
     const auto day = static_cast<uint16_t>(10 + run.thread);

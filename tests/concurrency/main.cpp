@@ -11,10 +11,10 @@
 
 namespace {
 
-constexpr uint32_t threadCount = 8;
-constexpr uint32_t roundCount = 200;
+constexpr uint32_t kThreadCount = 8;
+constexpr uint32_t kRoundCount = 200;
 
-constexpr Part parts[] = {
+constexpr Part kParts[] = {
     convertRecords, copyDescriptions,   captureErrors,  describeTypes,
     measureValues,  countDaysAndDigits, writeDigits,    maskDigits,
     changeCase,     compareText,        parseText,      convertUnits,
@@ -22,10 +22,10 @@ constexpr Part parts[] = {
 };
 
 // The generator of random numbers is one for the whole process: korv/numeric.h says so.
-constexpr const char* oneThreadOnly[] = {"KORVRandomValue"};
+constexpr const char* kOneThreadOnly[] = {"KORVRandomValue"};
 
 bool isForOneThread(const char* name) {
-    for (const char* listed : oneThreadOnly) {
+    for (const char* listed : kOneThreadOnly) {
         if (equal(listed, name)) return true;
     }
     return false;
@@ -52,9 +52,9 @@ pthread_barrier_t start;
 void* runThread(void* argument) {
     Run& run = *static_cast<Run*>(argument);
     pthread_barrier_wait(&start);
-    for (run.round = 0; run.round < roundCount; ++run.round) {
-        for (std::size_t i = 0; i < std::size(parts); ++i) {
-            parts[(i + run.round * run.thread) % std::size(parts)](run);
+    for (run.round = 0; run.round < kRoundCount; ++run.round) {
+        for (std::size_t i = 0; i < std::size(kParts); ++i) {
+            kParts[(i + run.round * run.thread) % std::size(kParts)](run);
         }
     }
     return nullptr;
@@ -93,27 +93,27 @@ void Run::check(bool holds, const char* what, const char* file, int line) {
 
 int main(int argc, char** argv) {
     static Names names;
-    static Run runs[threadCount];
+    static Run runs[kThreadCount];
     for (int i = 1; i < argc; ++i) {
         if (!readNames(argv[i], names)) {
             std::fprintf(stderr, "cannot read %s\n", argv[i]);
             return 2;
         }
     }
-    pthread_t threads[threadCount];
-    pthread_barrier_init(&start, nullptr, threadCount);
-    for (uint32_t i = 0; i < threadCount; ++i) {
+    pthread_t threads[kThreadCount];
+    pthread_barrier_init(&start, nullptr, kThreadCount);
+    for (uint32_t i = 0; i < kThreadCount; ++i) {
         runs[i].names = &names;
         runs[i].thread = i;
         if (pthread_create(&threads[i], nullptr, runThread, &runs[i]) != 0) return 2;
     }
     int faults = 0;
-    for (uint32_t i = 0; i < threadCount; ++i) {
+    for (uint32_t i = 0; i < kThreadCount; ++i) {
         pthread_join(threads[i], nullptr);
         faults += faultsOf(runs[i]);
     }
-    const int forOne = std::size(oneThreadOnly);
+    const int forOne = std::size(kOneThreadOnly);
     std::printf("%d functions in %u threads, %u rounds; %d faults\n", names.count - forOne,
-                static_cast<unsigned>(threadCount), static_cast<unsigned>(roundCount), faults);
+                static_cast<unsigned>(kThreadCount), static_cast<unsigned>(kRoundCount), faults);
     return faults != 0 || names.count == 0;
 }

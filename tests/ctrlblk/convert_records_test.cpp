@@ -1,4 +1,7 @@
 // Single records in the X form: field definitions, operands, service definitions.
+#include <cstddef>
+#include <cstring>
+
 #include "ctrlblk/records.h"
 
 namespace {
@@ -42,6 +45,23 @@ TEST_F(ConvertOperand, CarriesEveryMemberButLeavesTheLink) {
         expectOperandCarried(source, target);
         EXPECT_EQ(link, target.link);
     }
+}
+
+TEST_F(ConvertOperand, LeavesTheBytesBetweenMembers) {
+    const auto source = rubbish<OprDefI>(1);
+    auto target = rubbish<OprDefX>(1001);
+    const auto before = target;
+    ASSERT_EQ(0, KORVCnvOprDefFromIToX(&source, &target));
+    const auto expectLeft = [&](std::size_t from, std::size_t to) {
+        ASSERT_LT(from, to);
+        EXPECT_EQ(0, std::memcmp(reinterpret_cast<const char*>(&before) + from,
+                                 reinterpret_cast<const char*>(&target) + from, to - from))
+            << from;
+    };
+    expectLeft(offsetof(OprDef, oprCode) + sizeof target.oprCode, offsetof(OprDef, oprText));
+    expectLeft(offsetof(OprDef, oprFlag) + sizeof target.oprFlag, offsetof(OprDef, oprValue2));
+    expectLeft(offsetof(OprDef, valueFlag) + sizeof target.valueFlag,
+               offsetof(OprDef, valueCodePage));
 }
 
 TEST_F(ConvertOperand, NeedsBothRecords) {

@@ -60,15 +60,15 @@ struct Choice {
     std::uint32_t codePage;
     unsigned flag;
 };
-constexpr Choice choices[] = {{INT_MIN, 9876, 0x99},
-                              {0, 0, 0x77},
-                              {1208, 1208, 0x77},
-                              {-1, 0xFFFFFFFF, 0x77},
-                              {INT_MIN + 1, 0x80000001, 0x77},
-                              {INT_MAX, 0x7FFFFFFF, 0x77}};
+constexpr Choice kChoices[] = {{INT_MIN, 9876, 0x99},
+                               {0, 0, 0x77},
+                               {1208, 1208, 0x77},
+                               {-1, 0xFFFFFFFF, 0x77},
+                               {INT_MIN + 1, 0x80000001, 0x77},
+                               {INT_MAX, 0x7FFFFFFF, 0x77}};
 
 TEST_F(CopyCompanion, WidensAParameterWithItsOwnCodePageOrTheDefault) {
-    for (const Choice& choice : choices) {
+    for (const Choice& choice : kChoices) {
         companion::reset();
         companion::answers = {{0, 3, L"abc"}};
         text.codePage = choice.given;
@@ -92,7 +92,7 @@ TEST_F(CopyCompanion, WidensAParameterWithItsOwnCodePageOrTheDefault) {
 }
 
 TEST_F(CopyCompanion, WidensAFieldTextWithItsOwnCodePageOrTheDefault) {
-    for (const Choice& choice : choices) {
+    for (const Choice& choice : kChoices) {
         companion::reset();
         companion::answers = {{0, 2, L"xy"}};
         text.codePage = choice.given;

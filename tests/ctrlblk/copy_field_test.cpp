@@ -11,7 +11,7 @@ extern "C" const char* __asan_default_options() {
 
 namespace {
 
-constexpr std::uint32_t utf8 = 1208;
+constexpr std::uint32_t kUtf8 = 1208;
 
 FieldDesc describe(std::uint8_t mode, const TextDesc* text, std::int32_t length) {
     FieldDesc source = rubbish<FieldDesc>(41);
@@ -34,7 +34,7 @@ class CopyField : public HeapTest {
         expected.fldValue2 = source.fldValue2;
         expected.fldValue3 = source.fldValue3;
         expected.fldFlag = source.fldFlag;
-        ASSERT_EQ(status, CopyFieldStruct(&source, &target, utf8, 1));
+        ASSERT_EQ(status, CopyFieldStruct(&source, &target, kUtf8, 1));
     }
 };
 
@@ -133,7 +133,7 @@ TEST_F(CopyField, TakesNarrowTextsInBothWidths) {
 
 TEST_F(CopyField, CountsTheWideTextInCharacters) {
     TextDesc descriptor{};
-    descriptor.codePage = utf8;
+    descriptor.codePage = kUtf8;
     descriptor.narrowText = "\xE2\x82\xAC 5";
     copy(describe('M', &descriptor, 5), 0);
     EXPECT_STREQ(L"\u20AC 5", target.wideText);
@@ -177,7 +177,7 @@ TEST_F(CopyField, LeavesItsTextsAloneWithoutASource) {
 
 TEST_F(CopyField, KeepsWhatItHadWhenMemoryRunsOut) {
     TextDesc descriptor{};
-    descriptor.codePage = utf8;
+    descriptor.codePage = kUtf8;
     descriptor.narrowText = "text";
     heap::failAt(1);
     copy(describe('M', &descriptor, 4), 85);
@@ -206,11 +206,11 @@ TEST_F(CopyField, KeepsWhatItHadWhenMemoryRunsOut) {
 
 TEST_F(CopyField, KeepsTheBuffersOfATextThatCannotBeWidened) {
     TextDesc descriptor{};
-    descriptor.codePage = utf8;
+    descriptor.codePage = kUtf8;
     descriptor.narrowText = "a\xC3";
     const std::int32_t wideLengthBefore = target.wideTextLen;
     const FieldDesc source = describe('M', &descriptor, 2);
-    EXPECT_GT(CopyFieldStruct(&source, &target, utf8, 0), 0);
+    EXPECT_GT(CopyFieldStruct(&source, &target, kUtf8, 0), 0);
     EXPECT_STREQ("a\xC3", target.narrowText);
     EXPECT_EQ(12u, heap::sizeOf(target.wideText));
     EXPECT_EQ(wideLengthBefore, target.wideTextLen);

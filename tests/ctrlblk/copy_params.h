@@ -3,7 +3,7 @@
 
 #include "ctrlblk/records.h"
 
-constexpr std::uint32_t utf8 = 1208;
+constexpr std::uint32_t kUtf8 = 1208;
 
 // A description without texts. Its other members, and those of the target, are rubbish.
 inline ParamDesc describe(std::int32_t kind) {
@@ -25,7 +25,7 @@ class CopyParams : public HeapTest {
     void copy(const ParamDesc& source, std::int32_t status) {
         expected.oprCode = source.oprCode;
         expected.valueKind = source.valueKind;
-        ASSERT_EQ(status, CopyParamsStruct(&source, &target, utf8, 1));
+        ASSERT_EQ(status, CopyParamsStruct(&source, &target, kUtf8, 1));
     }
     void reset() { expected = target = rubbish<OprDefI>(32); }
 };

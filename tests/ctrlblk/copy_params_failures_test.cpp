@@ -33,7 +33,7 @@ TEST_F(CopyParams, KeepWhatTheyHadWhenMemoryRunsOut) {
     operandText.head.wideText = wide;
     TextDesc narrow{};
     narrow.head.flag = 0x11;
-    narrow.codePage = utf8;
+    narrow.codePage = kUtf8;
     narrow.narrowText = "narrow";
     struct Case {
         std::int32_t kind;
@@ -68,7 +68,7 @@ TEST_F(CopyParams, KeepWhatTheyHadWhenMemoryRunsOut) {
         if (c.kind == 3 && c.failing == 3) {
             EXPECT_STREQ("narrow", target.narrowValue);
             expected.narrowValue = target.narrowValue;
-            expected.valueCodePage = utf8;
+            expected.valueCodePage = kUtf8;
             expected.valueFlag = 0x11;
             expected.wideValue = nullptr;
         }
@@ -80,13 +80,13 @@ TEST_F(CopyParams, KeepWhatTheyHadWhenMemoryRunsOut) {
 
 TEST_F(CopyParams, KeepTheBuffersOfAValueThatCannotBeWidened) {
     TextDesc descriptor{};
-    descriptor.codePage = utf8;
+    descriptor.codePage = kUtf8;
     descriptor.narrowText = "\xFF";
     ParamDesc source = describe(3);
     source.value.text = &descriptor;
     source.valueLen = 1;
     const std::uint32_t wideLengthBefore = target.wideValueLen;
-    EXPECT_GT(CopyParamsStruct(&source, &target, utf8, 0), 0);
+    EXPECT_GT(CopyParamsStruct(&source, &target, kUtf8, 0), 0);
     EXPECT_STREQ("\xFF", target.narrowValue);
     EXPECT_EQ(8u, heap::sizeOf(target.wideValue));
     EXPECT_EQ(wideLengthBefore, target.wideValueLen);

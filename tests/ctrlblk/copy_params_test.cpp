@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::uint32_t unknownCodePage = 4000000000u;
+constexpr std::uint32_t kUnknownCodePage = 4000000000u;
 
 TEST_F(CopyParams, OfNoKindSetCodeAndKindOnly) {
     copy(describe(0), 0);
@@ -153,25 +153,25 @@ TEST_F(CopyParams, TakeNarrowValuesInBothWidths) {
 
 TEST_F(CopyParams, CountWideValuesInCharacters) {
     TextDesc descriptor{};
-    descriptor.codePage = utf8;
+    descriptor.codePage = kUtf8;
     descriptor.narrowText = "Zo\xC3\xAB";
     ParamDesc source = describe(3);
     source.value.text = &descriptor;
     source.valueLen = 4;
-    ASSERT_EQ(0, CopyParamsStruct(&source, &target, unknownCodePage, 0));
+    ASSERT_EQ(0, CopyParamsStruct(&source, &target, kUnknownCodePage, 0));
     EXPECT_STREQ(L"Zo\u00EB", target.wideValue);
     EXPECT_EQ(16u, target.wideValueLen);
     EXPECT_EQ(20u, heap::sizeOf(target.wideValue));
     EXPECT_EQ(L'\0', target.wideValue[4]);
     EXPECT_EQ(5u, target.narrowValueLen);
-    EXPECT_EQ(static_cast<std::int32_t>(utf8), target.valueCodePage);
+    EXPECT_EQ(static_cast<std::int32_t>(kUtf8), target.valueCodePage);
     std::free(target.narrowValue);
     std::free(target.wideValue);
 }
 
 TEST_F(CopyParams, EmptyTheMembersOfAnEmptyValue) {
     TextDesc noText{};
-    noText.codePage = utf8;
+    noText.codePage = kUtf8;
     TextDesc text{};
     text.head.wideText = L"wide";
     text.narrowText = "narrow";

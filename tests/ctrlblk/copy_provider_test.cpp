@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::uint32_t utf8 = 1208;
+constexpr std::uint32_t kUtf8 = 1208;
 
 class CopyProvider : public HeapTest {};
 
@@ -51,7 +51,7 @@ TEST_F(CopyProvider, CopiesWideTextsCutOrPaddedToTheCapacity) {
             target.text1Cap = static_cast<std::uint32_t>(room * 4);
             target.text2Cap = static_cast<std::uint32_t>((20 - room) * 4);
             const PrvRecord before = target;
-            ASSERT_EQ(0, CopyPrvStruct(&target, &source, utf8, 0, 'W'));
+            ASSERT_EQ(0, CopyPrvStruct(&target, &source, kUtf8, 0, 'W'));
             expectCodes(source, before, target);
             ASSERT_EQ(cutOrPadded(text1, room), std::wstring(buffer1.data(), room));
             ASSERT_EQ(cutOrPadded(text2, 20 - room), std::wstring(buffer2.data(), 20 - room));
@@ -74,7 +74,7 @@ TEST_F(CopyProvider, CountsWholeCharactersOfTheCapacity) {
         target.texts = buffers;
         target.text1Cap = capacity;
         target.text2Cap = 20 - capacity;
-        ASSERT_EQ(0, CopyPrvStruct(&target, &source, utf8, 0, 'W'));
+        ASSERT_EQ(0, CopyPrvStruct(&target, &source, kUtf8, 0, 'W'));
         const std::size_t first = capacity / 4;
         const std::size_t second = (20 - capacity) / 4;
         EXPECT_EQ(std::wstring(L"abcdefgh", first), std::wstring(buffer1, first));
@@ -95,7 +95,7 @@ TEST_F(CopyProvider, TakesEveryModeButOneForWide) {
         PrvRecord target{};
         target.texts = buffers;
         target.text1Cap = target.text2Cap = 16;
-        ASSERT_EQ(0, CopyPrvStruct(&target, &source, utf8, 0, static_cast<std::uint8_t>(mode)));
+        ASSERT_EQ(0, CopyPrvStruct(&target, &source, kUtf8, 0, static_cast<std::uint8_t>(mode)));
         EXPECT_STREQ(L"one", buffer1) << mode;
         EXPECT_STREQ(L"two", buffer2) << mode;
     }
@@ -116,7 +116,7 @@ TEST_F(CopyProvider, NarrowsTheTexts) {
     target.text1Cap = 5;
     target.text2Cap = 6;
     const PrvRecord before = target;
-    ASSERT_EQ(0, CopyPrvStruct(&target, &source, utf8, 0, 'M'));
+    ASSERT_EQ(0, CopyPrvStruct(&target, &source, kUtf8, 0, 'M'));
     expectCodes(source, before, target);
     EXPECT_EQ(0x1234, target.prvAttr2);
     EXPECT_STREQ("Zo\xC3\xAB", buffer1.data());
@@ -138,12 +138,12 @@ TEST_F(CopyProvider, ReportsATextThatDoesNotFitWhenNarrowed) {
     target.text1Cap = 4;
     target.text2Cap = 8;
     const PrvRecord before = target;
-    EXPECT_GT(CopyPrvStruct(&target, &source, utf8, 0, 'M'), 0);
+    EXPECT_GT(CopyPrvStruct(&target, &source, kUtf8, 0, 'M'), 0);
     expectCodes(source, before, target);
     EXPECT_STREQ("before", buffer2);
     target.text1Cap = 5;
     target.text2Cap = 5;
-    EXPECT_GT(CopyPrvStruct(&target, &source, utf8, 0, 'M'), 0);
+    EXPECT_GT(CopyPrvStruct(&target, &source, kUtf8, 0, 'M'), 0);
     EXPECT_STREQ("four", buffer1);
 }
 

@@ -14,16 +14,16 @@ struct Provider {
     const char* name;
     int number;
 };
-constexpr Provider providers[] = {{"CCN", 1},   {"NID", 2},     {"EML", 3},   {"AFF", 4},
-                                  {"COL", 4},   {"AGE", 6},     {"HASH", 5},  {"LKP", 7},
-                                  {"DSWAP", 8}, {"CDSWAP", 10}, {"DDSWAP", 9}};
+constexpr Provider kProviders[] = {{"CCN", 1},   {"NID", 2},     {"EML", 3},   {"AFF", 4},
+                                   {"COL", 4},   {"AGE", 6},     {"HASH", 5},  {"LKP", 7},
+                                   {"DSWAP", 8}, {"CDSWAP", 10}, {"DDSWAP", 9}};
 
 int expected(const std::string& name) {
     std::string upper = name;
     for (char& c : upper) {
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     }
-    for (const Provider& provider : providers) {
+    for (const Provider& provider : kProviders) {
         if (upper == provider.name) return provider.number;
     }
     return 11;
@@ -36,7 +36,7 @@ int numberOf(const std::string& name) {
 }
 
 TEST(ProviderId, OfEveryNameInEveryCase) {
-    for (const Provider& provider : providers) {
+    for (const Provider& provider : kProviders) {
         const std::string name = provider.name;
         for (unsigned lower = 0; lower < 1u << name.size(); ++lower) {
             std::string mixed = name;
@@ -60,7 +60,7 @@ TEST(ProviderId, OfAnyOtherNameIsEleven) {
 
 // Every byte in every place of every name, and every proper prefix and longer name.
 TEST(ProviderId, ComparesWholeNames) {
-    for (const Provider& provider : providers) {
+    for (const Provider& provider : kProviders) {
         const std::string name = provider.name;
         for (std::size_t i = 0; i < name.size(); ++i) {
             EXPECT_EQ(11, numberOf(name.substr(0, i)));
@@ -92,7 +92,7 @@ TEST(ProviderId, OfAllNamesOfThreeLetters) {
 
 // In Turkish the capital of i is not I, nor the small letter of I an i.
 TEST(ProviderId, DoesNotFollowTheLocale) {
-    for (const char* name : locales::all) {
+    for (const char* name : locales::kAll) {
         const locales::Global inLocale(name);
         EXPECT_EQ(2, GetProviderID("nid")) << name;
         EXPECT_EQ(2, GetProviderID("NID")) << name;

@@ -30,6 +30,25 @@ TEST_F(ReleaseChain, WithoutRecordsFreesTheAnchor) {
     EXPECT_EQ(live - 1, heap::liveBlocks());
 }
 
+// A debugging heap shows what the block held.
+TEST_F(ReleaseChain, ClearsTheCountersOfTheAnchorBeforeItIsFreed) {
+    static const ErrorAnchor* watched;
+    static int seen;
+    watched = anchor;
+    seen = 0;
+    open(2);
+    ASSERT_NE(0u, anchor->currentSize);
+    heap::beforeFree([](const void* block) {
+        if (block != watched) return;
+        ++seen;
+        EXPECT_EQ(nullptr, watched->head);
+        EXPECT_EQ(0u, watched->recordCount + watched->largestSize + watched->currentSize);
+    });
+    release();
+    heap::beforeFree(nullptr);
+    EXPECT_EQ(1, seen);
+}
+
 TEST_F(ReleaseChain, FreesEveryRecordAndEveryTextOfItsSlots) {
     const std::size_t live = heap::liveBlocks();
     for (std::int16_t count = 1; count <= 12; ++count) {

@@ -24,17 +24,17 @@ struct Conversion {
 
 // As variable text 10 bytes, as terminated narrow text 1 character, as an integer 10.
 alignas(4) const char value[16] = {10, 0, 0, 0};
-constexpr std::uint32_t length = 12;
+constexpr std::uint32_t kLength = 12;
 
-constexpr Conversion conversions[] = {
-    {CHAR, "KORVCnvCharToWVarcharSz", length, length, 52},
-    {DATETIME_CHAR, "KORVCnvCharToWVarcharSz", length, length, 52},
+constexpr Conversion kConversions[] = {
+    {CHAR, "KORVCnvCharToWVarcharSz", kLength, kLength, 52},
+    {DATETIME_CHAR, "KORVCnvCharToWVarcharSz", kLength, kLength, 52},
     {VARCHAR, "KORVCnvVarcharToWVarcharSz", 0, 10, 44},
     {DATETIME_VARCHAR, "KORVCnvVarcharToWVarcharSz", 0, 10, 44},
     {VARCHAR_SZ, "KORVCnvVarcharSzToWVarcharSz", 0, 1, 8},
     {DATETIME_SZ, "KORVCnvVarcharSzToWVarcharSz", 0, 1, 8},
-    {WCHAR, "KORVCnvWCharToWVarcharSz", length, length, 16},
-    {DATETIME_WCHAR, "KORVCnvWCharToWVarcharSz", length, length, 16},
+    {WCHAR, "KORVCnvWCharToWVarcharSz", kLength, kLength, 16},
+    {DATETIME_WCHAR, "KORVCnvWCharToWVarcharSz", kLength, kLength, 16},
     {WVARCHAR, "KORVCnvWVarcharToWVarcharSz", 0, 2, 12},
     {DATETIME_WVARCHAR, "KORVCnvWVarcharToWVarcharSz", 0, 2, 12},
     {INTEGER, "KORVCnvIntToWVarcharSz1", 0, 0, 48},
@@ -54,7 +54,7 @@ class TokenCompanion : public ChainTest {
         record = open(1);
     }
 
-    std::int32_t capture(const void* source, std::int16_t dataType, std::uint32_t bytes = length) {
+    std::int32_t capture(const void* source, std::int16_t dataType, std::uint32_t bytes = kLength) {
         slotOf(record, 0) = {};
         anchor->currentSize = 1000;
         companion::calls = 0;
@@ -73,7 +73,7 @@ class TokenCompanion : public ChainTest {
 };
 
 TEST_F(TokenCompanion, IsAskedForEachTypeWithItsLengths) {
-    for (const Conversion& c : conversions) {
+    for (const Conversion& c : kConversions) {
         ASSERT_EQ(0, capture(value, c.dataType)) << c.dataType;
         TokenSlot& slot = slotOf(record, 0);
         EXPECT_EQ(1, companion::calls);
@@ -90,7 +90,7 @@ TEST_F(TokenCompanion, IsAskedForEachTypeWithItsLengths) {
 }
 
 TEST_F(TokenCompanion, ThatWritesNothingLeavesAnEmptyText) {
-    for (const Conversion& c : conversions) {
+    for (const Conversion& c : kConversions) {
         ASSERT_EQ(0, capture(value, c.dataType));
         const char* bytes = reinterpret_cast<const char*>(slotOf(record, 0).text);
         for (std::uint32_t i = 0; i < c.bytes; ++i) ASSERT_EQ(0, bytes[i]) << c.dataType;
@@ -100,7 +100,7 @@ TEST_F(TokenCompanion, ThatWritesNothingLeavesAnEmptyText) {
 }
 
 TEST_F(TokenCompanion, SaysHowMuchIsAccounted) {
-    for (const Conversion& c : conversions) {
+    for (const Conversion& c : kConversions) {
         for (const std::uint32_t stored : {0u, 1u, 3u, 1000u, 0x3FFFFFFFu, 0x80000001u}) {
             companion::outLen = stored;
             ASSERT_EQ(0, capture(value, c.dataType));
@@ -115,7 +115,7 @@ TEST_F(TokenCompanion, ThatFailsIsNotNoticed) {
     companion::outLen = 5;
     for (const std::int32_t status : {1, -1, 201, INT_MIN}) {
         companion::status = status;
-        for (const Conversion& c : conversions) {
+        for (const Conversion& c : kConversions) {
             ASSERT_EQ(0, capture(value, c.dataType)) << c.dataType;
             EXPECT_EQ(std::wstring(c.bytes / 4 - 1, L'#'), slotOf(record, 0).text);
             EXPECT_EQ(24u, accounted());

@@ -22,7 +22,7 @@ enum class Shape {
     lastGreater,
     lastSmaller
 };
-inline constexpr Shape allShapes[] = {
+inline constexpr Shape kAllShapes[] = {
     Shape::equal,       Shape::sorted,   Shape::reversed, Shape::organPipe,   Shape::random,
     Shape::fewDistinct, Shape::sawtooth, Shape::lastOut,  Shape::lastGreater, Shape::lastSmaller};
 

@@ -9,14 +9,14 @@
 
 namespace {
 
-constexpr std::uint32_t width = 1u << 20;
-constexpr std::uint32_t count = 2048 + 150;
+constexpr std::uint32_t kWidth = 1u << 20;
+constexpr std::uint32_t kCount = 2048 + 150;
 
 // Compares places instead of values, so that each partition puts all elements except the last two
 // on the left.
 struct Answers {
     char* base;
-    std::uint32_t last = count - 1;
+    std::uint32_t last = kCount - 1;
     int askedAtTurn = 0;
     std::uint32_t comparisons = 0;
 };
@@ -25,7 +25,7 @@ std::int32_t compareByPlace(const void* first, const void*, void* context) {
     auto& answers = *static_cast<Answers*>(context);
     ++answers.comparisons;
     const auto place =
-        static_cast<std::uint32_t>(static_cast<const char*>(first) - answers.base) / width;
+        static_cast<std::uint32_t>(static_cast<const char*>(first) - answers.base) / kWidth;
     const std::uint32_t turn = answers.last - 2;
     if (place > turn) return 1;
     // The scan from the left asks there first, then the one from the right.
@@ -39,18 +39,18 @@ std::int32_t compareByPlace(const void* first, const void*, void* context) {
 // All elements are the same piece of memory, mapped again and again.
 TEST(HugeArray, LargerSidesWaitHoweverLargeTheyAre) {
     const int memory = memfd_create("element", 0);
-    ASSERT_EQ(0, ftruncate(memory, width));
-    auto* base = static_cast<char*>(mmap(nullptr, std::size_t{count} * width, PROT_NONE,
+    ASSERT_EQ(0, ftruncate(memory, kWidth));
+    auto* base = static_cast<char*>(mmap(nullptr, std::size_t{kCount} * kWidth, PROT_NONE,
                                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0));
     ASSERT_NE(MAP_FAILED, static_cast<void*>(base));
-    for (std::uint32_t i = 0; i < count; ++i) {
-        ASSERT_NE(MAP_FAILED, mmap(base + std::size_t{i} * width, width, PROT_READ | PROT_WRITE,
+    for (std::uint32_t i = 0; i < kCount; ++i) {
+        ASSERT_NE(MAP_FAILED, mmap(base + std::size_t{i} * kWidth, kWidth, PROT_READ | PROT_WRITE,
                                    MAP_SHARED | MAP_FIXED, memory, 0));
     }
     Answers answers{base};
-    KorvQSort(base, count, width, compareByPlace, &answers, 1);
-    EXPECT_LT(count, answers.comparisons);
-    munmap(base, std::size_t{count} * width);
+    KorvQSort(base, kCount, kWidth, compareByPlace, &answers, 1);
+    EXPECT_LT(kCount, answers.comparisons);
+    munmap(base, std::size_t{kCount} * kWidth);
     close(memory);
 }
 

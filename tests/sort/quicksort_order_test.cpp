@@ -101,7 +101,7 @@ TEST(Quicksort, SortsInBothDirectionsAtEveryCountWidthAndPlace) {
     std::mt19937 random(3);
     for (uint32_t count = 0; count <= 300; ++count) {
         const uint32_t width = count % 66 + 1;
-        for (const Shape shape : allShapes) {
+        for (const Shape shape : kAllShapes) {
             const uint8_t ascending = random() & 1;
             const Bytes array = makeArray(shape, count, width, random);
             const bool behind = random() & 1;

@@ -56,7 +56,7 @@ std::function<Order()> byKey(uint32_t width) {
 TEST(QuicksortSequence, EveryShortCountInEveryShape) {
     std::mt19937 random(1);
     for (uint32_t count = 0; count <= 70; ++count) {
-        for (const Shape shape : allShapes) {
+        for (const Shape shape : kAllShapes) {
             for (const uint32_t width : {1u, 4u, 6u, 8u, 16u}) {
                 const Bytes array = makeArray(shape, count, width, random);
                 for (const uint8_t ascending : {0, 1}) {
@@ -75,7 +75,7 @@ TEST(QuicksortSequence, EveryWidthAtEveryAlignment) {
     for (const uint32_t width : widths) {
         for (std::size_t shift = 0; shift < 16; ++shift) {
             const auto count = static_cast<uint32_t>(2 + random() % 60);
-            const Shape shape = allShapes[random() % std::size(allShapes)];
+            const Shape shape = kAllShapes[random() % std::size(kAllShapes)];
             expectSameSequence(makeArray(shape, count, width, random), width,
                                static_cast<uint8_t>(shift & 1), byKey(width), shift);
             if (HasFailure()) return;

@@ -38,19 +38,19 @@ struct Converter {
     T* (*convert)(T*);
     T (*one)(T);
 };
-constexpr Converter<char> narrow[] = {{"KORV_StrToUpper", KORV_StrToUpper, upper},
-                                      {"KORV_StrToLower", KORV_StrToLower, lower}};
-constexpr Converter<wchar_t> wide[] = {{"KORV_StrToWUpper", KORV_StrToWUpper, wideUpper},
-                                       {"KORV_StrToWLower", KORV_StrToWLower, wideLower}};
+constexpr Converter<char> kNarrow[] = {{"KORV_StrToUpper", KORV_StrToUpper, upper},
+                                       {"KORV_StrToLower", KORV_StrToLower, lower}};
+constexpr Converter<wchar_t> kWide[] = {{"KORV_StrToWUpper", KORV_StrToWUpper, wideUpper},
+                                        {"KORV_StrToWLower", KORV_StrToWLower, wideLower}};
 
-constexpr int32_t oddCodes[] = {-1,       -2,          -128,       INT32_MIN,  INT32_MIN + 'a',
-                                0x110000, INT32_MAX,   0x7FFFFF61, 0x01000041, 0x01000061,
-                                0x10041,  -'a' & ~0x3F};
+constexpr int32_t kOddCodes[] = {-1,       -2,          -128,       INT32_MIN,  INT32_MIN + 'a',
+                                 0x110000, INT32_MAX,   0x7FFFFF61, 0x01000041, 0x01000061,
+                                 0x10041,  -'a' & ~0x3F};
 
 std::vector<wchar_t> everyWideCharacter() {
     std::vector<wchar_t> codes;
     for (wchar_t c = 1; c <= 0x110010; ++c) codes.push_back(c);
-    for (const int32_t code : oddCodes) codes.push_back(code);
+    for (const int32_t code : kOddCodes) codes.push_back(code);
     return codes;
 }
 
@@ -71,7 +71,7 @@ class CaseInLocale : public testing::TestWithParam<const char*> {
   protected:
     locales::Global locale_{GetParam()};
 };
-INSTANTIATE_TEST_SUITE_P(Locales, CaseInLocale, testing::ValuesIn(locales::all),
+INSTANTIATE_TEST_SUITE_P(Locales, CaseInLocale, testing::ValuesIn(locales::kAll),
                          [](const auto& instance) {
                              std::string name = instance.param;
                              for (char& c : name) {
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(Locales, CaseInLocale, testing::ValuesIn(locales::all),
                          });
 
 TEST_P(CaseInLocale, EveryByteIsConvertedAsTheSystemDoes) {
-    for (const auto& converter : narrow) {
+    for (const auto& converter : kNarrow) {
         std::string text;
         for (int c = 1; c < 256; ++c) text.push_back(static_cast<char>(c));
         expectConverted(converter, text);
@@ -95,7 +95,7 @@ TEST_P(CaseInLocale, EveryByteIsConvertedAsTheSystemDoes) {
 
 TEST_P(CaseInLocale, EveryWideCharacterIsConvertedAsTheSystemDoes) {
     const std::vector<wchar_t> codes = everyWideCharacter();
-    for (const auto& converter : wide) {
+    for (const auto& converter : kWide) {
         std::vector<wchar_t> text = codes;
         text.push_back(0);
         converter.convert(text.data());
@@ -117,7 +117,7 @@ TEST_P(CaseInLocale, NarrowTextIsConvertedAtEveryLengthAndPlace) {
                                       : kind == 1 ? 'A' + drawn % 26
                                                   : 1 + drawn % 255);
             }
-            for (const auto& converter : narrow) expectConverted(converter, text);
+            for (const auto& converter : kNarrow) expectConverted(converter, text);
         }
     }
 }
@@ -131,9 +131,9 @@ TEST_P(CaseInLocale, WideTextIsConvertedAtEveryLengthAndPlace) {
                 const unsigned drawn = random();
                 const unsigned range[] = {0x7F, 0x250, 0x10FFFF};
                 c = static_cast<wchar_t>(1 + drawn % range[kind]);
-                if (kind == 2 && drawn >> 28 == 0) c = oddCodes[random() % std::size(oddCodes)];
+                if (kind == 2 && drawn >> 28 == 0) c = kOddCodes[random() % std::size(kOddCodes)];
             }
-            for (const auto& converter : wide) expectConverted(converter, text);
+            for (const auto& converter : kWide) expectConverted(converter, text);
         }
     }
 }
@@ -144,7 +144,7 @@ TEST_P(CaseInLocale, ASingleOddCharacterIsSeenAtEveryPosition) {
          {1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 33u, 40u, 64u, 81u}) {
         for (std::size_t at = 0; at < length; ++at) {
             for (const char c : {'i', 'I', 'z', 'Z', '\xC4', '\xE4', '\xFF', '{', '@'}) {
-                for (const auto& converter : narrow) {
+                for (const auto& converter : kNarrow) {
                     std::string text(length, '-');
                     text[at] = c;
                     std::string converted = text;
@@ -154,7 +154,7 @@ TEST_P(CaseInLocale, ASingleOddCharacterIsSeenAtEveryPosition) {
                 }
             }
             for (const int32_t c : {0x49, 0x69, 0xC4, 0xE4, 0xFF, 0x130, 0x131, 0x430, 0x10428}) {
-                for (const auto& converter : wide) {
+                for (const auto& converter : kWide) {
                     std::wstring text(length, L'-');
                     text[at] = c;
                     std::wstring converted = text;
@@ -172,7 +172,7 @@ TEST_P(CaseInLocale, AWholeTextOfOneWideCharacterIsConverted) {
     std::vector<wchar_t> codes;
     for (wchar_t c = 1; c < 0x600; ++c) codes.push_back(c);
     for (wchar_t c = 0x600; c < 0x11000; c += 0x40) codes.push_back(c);
-    for (const auto& converter : wide) {
+    for (const auto& converter : kWide) {
         for (const wchar_t c : codes) {
             std::wstring text(40, c);
             converter.convert(text.data());
@@ -184,7 +184,7 @@ TEST_P(CaseInLocale, AWholeTextOfOneWideCharacterIsConverted) {
 
 TEST_P(CaseInLocale, NothingBehindTheTerminatorIsConverted) {
     for (std::size_t length = 0; length <= 40; ++length) {
-        for (const auto& converter : narrow) {
+        for (const auto& converter : kNarrow) {
             std::string text(length, 'q');
             text += std::string("\0aZaZaZaZaZaZaZaZaZaZaZaZaZaZaZaZaZaZ", 37);
             std::string converted = text;
@@ -192,7 +192,7 @@ TEST_P(CaseInLocale, NothingBehindTheTerminatorIsConverted) {
             for (std::size_t i = 0; i < length; ++i) text[i] = converter.one('q');
             ASSERT_EQ(text, converted) << converter.name;
         }
-        for (const auto& converter : wide) {
+        for (const auto& converter : kWide) {
             std::wstring text(length, L'q');
             text += std::wstring(L"\0aZaZaZaZaZaZaZaZaZaZaZ", 23);
             std::wstring converted = text;
@@ -237,7 +237,7 @@ TEST(Case, OnlyAsciiLettersChangeInTheClassicLocale) {
 // 0xFF is -1 as a signed char, which the system takes for the end of a file: a letter there stays.
 TEST(Case, ByteFFStaysEvenWhereItIsALetter) {
     {
-        const locales::Global locale(locales::russian);
+        const locales::Global locale(locales::kRussian);
         ASSERT_NE(0xFF, systemLower(0xFF));
         char text[] = "\xFE\xFF";
         EXPECT_STREQ("\xDE\xFF", KORV_StrToLower(text));
@@ -250,18 +250,18 @@ TEST(Case, ByteFFStaysEvenWhereItIsALetter) {
 
 TEST(Case, LettersOfTheLocaleChange) {
     {
-        const locales::Global locale(locales::german);
+        const locales::Global locale(locales::kGerman);
         char text[] = "\xE4\xDF!";
         EXPECT_STREQ("\xC4\xDF!", KORV_StrToUpper(text));
     }
     {
-        const locales::Global locale(locales::turkish);
+        const locales::Global locale(locales::kTurkish);
         char text[] = "iI";
         EXPECT_STREQ("\xDDI", KORV_StrToUpper(text));
         char other[] = "iI";
         EXPECT_STREQ("i\xFD", KORV_StrToLower(other));
     }
-    const locales::Global locale(locales::wideTurkish);
+    const locales::Global locale(locales::kWideTurkish);
     wchar_t text[] = L"iI";
     EXPECT_STREQ(L"\x130I", KORV_StrToWUpper(text));
     wchar_t other[] = L"iI";

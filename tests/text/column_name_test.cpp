@@ -71,7 +71,7 @@ TEST(ColumnName, SecondQuoteIsFoundAtEveryPositionWithinTheMaximum) {
 }
 
 TEST(ColumnName, UpperCaseFollowsTheLocale) {
-    const locales::Global locale(locales::wideTurkish);
+    const locales::Global locale(locales::kWideTurkish);
     wchar_t name[] = L"i\xE4";
     EXPECT_EQ(0, NormalizeColName(name, 9));
     EXPECT_STREQ(L"\x130\xC4", name);

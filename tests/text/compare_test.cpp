@@ -162,7 +162,7 @@ class CompareInLocale : public testing::TestWithParam<const char*> {
   protected:
     locales::Global locale_{GetParam()};
 };
-INSTANTIATE_TEST_SUITE_P(Locales, CompareInLocale, testing::ValuesIn(locales::all),
+INSTANTIATE_TEST_SUITE_P(Locales, CompareInLocale, testing::ValuesIn(locales::kAll),
                          [](const auto& instance) {
                              return "Kind" + std::to_string(instance.index);
                          });

@@ -124,7 +124,7 @@ TEST(Element, IgnoredArgumentBoundsNothing) {
 }
 
 TEST(Element, UpperCaseFollowsTheLocale) {
-    const locales::Global locale(locales::wideTurkish);
+    const locales::Global locale(locales::kWideTurkish);
     wchar_t output[16];
     uint32_t length = 0;
     EXPECT_EQ(-1, KORV_GetNextElement(L"i\xE4", output, &length, L',', 0, 0));

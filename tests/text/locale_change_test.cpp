@@ -63,8 +63,8 @@ void expectLocaleFollowed(const char* where) {
 }
 
 TEST(LocaleChange, TakesEffectInTheSameThread) {
-    for (const char* from : locales::all) {
-        for (const char* to : locales::all) {
+    for (const char* from : locales::kAll) {
+        for (const char* to : locales::kAll) {
             locales::choose(from);
             expectLocaleFollowed(from);
             locales::choose(to);
@@ -75,22 +75,22 @@ TEST(LocaleChange, TakesEffectInTheSameThread) {
 }
 
 TEST(LocaleChange, OnlyTheCategoryOfCharactersMatters) {
-    locales::choose(locales::wideTurkish);
+    locales::choose(locales::kWideTurkish);
     locales::choose("C", LC_CTYPE);
     expectLocaleFollowed("C characters");
     wchar_t text[] = L"i";
     EXPECT_STREQ(L"I", KORV_StrToWUpper(text));
     locales::choose("C");
-    locales::choose(locales::wideTurkish, LC_CTYPE);
+    locales::choose(locales::kWideTurkish, LC_CTYPE);
     expectLocaleFollowed("Turkish characters");
     EXPECT_STREQ(L"\x130", KORV_StrToWUpper(std::wstring(L"i").data()));
     locales::choose("C");
 }
 
 TEST(LocaleChange, OfOneThreadTakesEffectInIt) {
-    for (const char* global : {"C", locales::german}) {
+    for (const char* global : {"C", locales::kGerman}) {
         locales::choose(global);
-        for (const char* own : locales::all) {
+        for (const char* own : locales::kAll) {
             const locale_t opened = locales::open(own);
             expectLocaleFollowed("before");
             uselocale(opened);
@@ -106,7 +106,7 @@ TEST(LocaleChange, OfOneThreadTakesEffectInIt) {
 // A new locale object may well lie where a released one did.
 TEST(LocaleChange, ReleasedLocaleIsNotRemembered) {
     for (int round = 0; round < 3; ++round) {
-        for (const char* own : locales::all) {
+        for (const char* own : locales::kAll) {
             const locale_t opened = locales::open(own);
             uselocale(opened);
             expectLocaleFollowed(own);
@@ -117,7 +117,7 @@ TEST(LocaleChange, ReleasedLocaleIsNotRemembered) {
 }
 
 TEST(LocaleChange, OfOneThreadLeavesTheOthersAlone) {
-    const locale_t opened = locales::open(locales::wideTurkish);
+    const locale_t opened = locales::open(locales::kWideTurkish);
     std::barrier<> turn(2);
     std::thread other([&] {
         uselocale(opened);
@@ -142,7 +142,7 @@ TEST(LocaleChange, OfOneThreadLeavesTheOthersAlone) {
 TEST(LocaleChange, OfTheProcessTakesEffectInThreadsThatRunAlready) {
     std::barrier<> turn(2);
     std::thread other([&] {
-        for (const char* name : locales::all) {
+        for (const char* name : locales::kAll) {
             expectLocaleFollowed("before");
             turn.arrive_and_wait();
             turn.arrive_and_wait();
@@ -150,7 +150,7 @@ TEST(LocaleChange, OfTheProcessTakesEffectInThreadsThatRunAlready) {
             turn.arrive_and_wait();
         }
     });
-    for (const char* name : locales::all) {
+    for (const char* name : locales::kAll) {
         turn.arrive_and_wait();
         locales::choose(name);
         turn.arrive_and_wait();

@@ -9,14 +9,15 @@
 
 namespace locales {
 
-inline constexpr const char* german = "de_DE.ISO-8859-1";
-inline constexpr const char* turkish = "tr_TR.ISO-8859-9";
-inline constexpr const char* wideTurkish = "tr_TR.UTF-8";  // i and I are no pair: ASCII changes too
-inline constexpr const char* russian = "ru_RU.KOI8-R";     // 0xFF is a capital letter
+inline constexpr const char* kGerman = "de_DE.ISO-8859-1";
+inline constexpr const char* kTurkish = "tr_TR.ISO-8859-9";
+// In Turkish, i and I are no pair: the case of ASCII letters changes, too.
+inline constexpr const char* kWideTurkish = "tr_TR.UTF-8";
+inline constexpr const char* kRussian = "ru_RU.KOI8-R";  // 0xFF is a capital letter
 
 // All of them; in ru_RU.CP1251 0xFF is a small letter.
-inline constexpr const char* all[] = {"C",     "en_US.UTF-8", wideTurkish,   german,
-                                      turkish, russian,       "ru_RU.CP1251"};
+inline constexpr const char* kAll[] = {"C",      "en_US.UTF-8", kWideTurkish,   kGerman,
+                                       kTurkish, kRussian,      "ru_RU.CP1251"};
 
 [[noreturn]] inline void missing(const char* name) {
     std::fprintf(stderr, "no locale %s in %s\n", name, KORV_TEST_LOCALES);

@@ -112,7 +112,7 @@ TEST_F(DiffDays, EmptyArgumentStandsForNow) {
 
 // Now is the real moment, while a record is read as standard time even in summer.
 TEST_F(DiffDays, RecordsAreReadAsStandardTime) {
-    setZone(centralEurope);
+    setZone(kCentralEurope);
     const OdbcTimestamp winter = at(2024, 3, 30, 12), summer = at(2024, 3, 31, 12);
     EXPECT_EQ(1, KORVGetDiffDays(&winter, &summer));
     const OdbcTimestamp summerDay = at(2024, 7, 2, 11), noon = at(2024, 7, 2, 10, 59, 59);
@@ -164,7 +164,7 @@ TEST_F(DiffDays, AgreesWithTheSystemsCalendarInEveryZone) {
     stamps.push_back(at(-32768, 0, 0));
     test_clock::stopAt(1719828000);
     std::mt19937 random(1);
-    for (const char* zone : allZones) {
+    for (const char* zone : kAllZones) {
         for (const OdbcTimestamp& first : stamps) {
             const OdbcTimestamp& second = stamps[random() % stamps.size()];
             setZone("QQQ7");
@@ -188,7 +188,7 @@ TEST_F(DiffDays, AgreesWithTheSystemsCalendarOnRandomRecords) {
         return at(static_cast<int16_t>(1890 + random() % 250), 1 + random() % 12, 1 + random() % 31,
                   random() % 24, random() % 60, random() % 60);
     };
-    for (const char* zone : allZones) {
+    for (const char* zone : kAllZones) {
         setZone(zone);
         for (int i = 0; i < 1500; ++i) {
             const OdbcTimestamp first = draw(), second = draw();

@@ -13,10 +13,10 @@
 namespace {
 
 // 2024-03-05 13:07:09 UTC.
-constexpr time_t march2024 = 1709644029;
+constexpr time_t kMarch2024 = 1709644029;
 
-constexpr time_t moments[] = {
-    0,          -1,         march2024,  1711846799,  1711846800,  // summer begins in Europe
+constexpr time_t kMoments[] = {
+    0,          -1,         kMarch2024, 1711846799,  1711846800,  // summer begins in Europe
     1729990799, 1729990800, 1730611799, 1730613600,               // and ends there and in America
     1709251199, 1709164800, 1704067199, 1704067200,               // February and New Year 2024
     2147483647, 2147483648, 4102444800, -2208988800, -2147483649, 1583020799, 32503680000,
@@ -37,12 +37,12 @@ class LocalTime : public testing::Test {
 };
 
 TEST_F(LocalTime, KnownText) {
-    test_clock::stopAt(march2024);
+    test_clock::stopAt(kMarch2024);
     const struct {
         const char *zone, *text;
     } rows[] = {{"UTC0", "05/Mar/2024 13:07:09"},
-                {centralEurope, "05/Mar/2024 14:07:09"},
-                {newYork, "05/Mar/2024 08:07:09"},
+                {kCentralEurope, "05/Mar/2024 14:07:09"},
+                {kNewYork, "05/Mar/2024 08:07:09"},
                 {"NPT-5:45", "05/Mar/2024 18:52:09"},
                 {"BBB-14", "06/Mar/2024 03:07:09"}};
     // The zone is changed between calls; nothing but the call itself takes notice.
@@ -71,9 +71,9 @@ TEST_F(LocalTime, TextOfEveryMonth) {
 }
 
 TEST_F(LocalTime, TextAndTimestampInEveryZone) {
-    for (const time_t moment : moments) {
+    for (const time_t moment : kMoments) {
         test_clock::stopAt(moment);
-        for (const char* zone : allZones) {
+        for (const char* zone : kAllZones) {
             SCOPED_TRACE(testing::Message() << zone << ' ' << moment);
             OdbcTimestamp stamp, date;
             char text[32];
@@ -111,8 +111,8 @@ TEST_F(LocalTime, TextAndTimestampInEveryZone) {
 }
 
 TEST_F(LocalTime, TimestampFillsItsRecordAndNoMore) {
-    setZone(centralEurope);
-    test_clock::stopAt(march2024);
+    setZone(kCentralEurope);
+    test_clock::stopAt(kMarch2024);
     for (int flag = 0; flag < 256; ++flag) {
         for (const auto fence :
              {Fenced<OdbcTimestamp>::Fence::behind, Fenced<OdbcTimestamp>::Fence::before}) {
@@ -134,7 +134,7 @@ TEST_F(LocalTime, TimestampFillsItsRecordAndNoMore) {
 // A buffer that is too small holds what the system's strftime leaves in it.
 TEST_F(LocalTime, TextAtEveryCapacity) {
     setZone("UTC0");
-    test_clock::stopAt(march2024);
+    test_clock::stopAt(kMarch2024);
     const tm local = localNow();
     for (std::size_t capacity = 0; capacity <= 30; ++capacity) {
         Fenced<char> buffer(capacity);
@@ -155,7 +155,7 @@ TEST_F(LocalTime, TextAtEveryCapacity) {
 // Capacities that no buffer has are no reason to write more than the text.
 TEST_F(LocalTime, HugeCapacity) {
     setZone("UTC0");
-    test_clock::stopAt(march2024);
+    test_clock::stopAt(kMarch2024);
     for (const uint32_t capacity : {1000u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
         Fenced<char> buffer(21);
         KORVGetLocalTime(buffer.data(), capacity);
@@ -166,21 +166,21 @@ TEST_F(LocalTime, HugeCapacity) {
 
 TEST_F(LocalTime, MonthFollowsTheLocale) {
     setZone("UTC0");
-    test_clock::stopAt(march2024);
+    test_clock::stopAt(kMarch2024);
     const tm local = localNow();
-    for (const char* name : locales::all) {
+    for (const char* name : locales::kAll) {
         const locales::Global locale(name);
         char expected[64], text[64];
         strftime(expected, sizeof expected, "%d/%b/%Y %H:%M:%S", &local);
         EXPECT_STREQ(expected, KORVGetLocalTime(text, sizeof text)) << name;
     }
-    const locales::Global german(locales::german);
+    const locales::Global german(locales::kGerman);
     char text[64];
     EXPECT_STREQ("05/M\xE4r/2024 13:07:09", KORVGetLocalTime(text, sizeof text));
 }
 
 TEST_F(LocalTime, RunningClockIsRead) {
-    setZone(newYork);
+    setZone(kNewYork);
     OdbcTimestamp stamp;
     char text[32];
     // Once more where a second passed meanwhile.

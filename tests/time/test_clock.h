@@ -23,9 +23,9 @@ inline void setZone(const char* zone) {
     setenv("TZ", zone, 1);
 }
 
-inline constexpr const char* centralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
-inline constexpr const char* newYork = "EST5EDT,M3.2.0,M11.1.0";
-inline constexpr const char* sydney = "AEST-10AEDT,M10.1.0,M4.1.0/3";
-inline constexpr const char* alwaysSummer = "XXX3YYY2,0/0,J365/25";
-inline constexpr const char* allZones[] = {"UTC0",       centralEurope, newYork, sydney,
-                                           alwaysSummer, "NPT-5:45",    "AAA12", "BBB-14"};
+inline constexpr const char* kCentralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
+inline constexpr const char* kNewYork = "EST5EDT,M3.2.0,M11.1.0";
+inline constexpr const char* kSydney = "AEST-10AEDT,M10.1.0,M4.1.0/3";
+inline constexpr const char* kAlwaysSummer = "XXX3YYY2,0/0,J365/25";
+inline constexpr const char* kAllZones[] = {"UTC0",        kCentralEurope, kNewYork, kSydney,
+                                            kAlwaysSummer, "NPT-5:45",     "AAA12",  "BBB-14"};
