@@ -23,10 +23,22 @@ void convertField(const FieldDefI& source, FieldDefX& target) noexcept {
 }
 
 void convertOperand(const OprDefI& source, OprDefX& target) noexcept {
-    OprDefX* const link = target.link;
-    target = source;
-    target.link = link;
     writeHeader(target.header, "OPRX", sizeof(OprDefX));
+    target.oprCode = source.oprCode;
+    target.oprText = source.oprText;
+    target.oprValue1 = source.oprValue1;
+    target.oprFlag = source.oprFlag;
+    target.oprValue2 = source.oprValue2;
+    target.oprTextLen = source.oprTextLen;
+    target.valueKind = source.valueKind;
+    target.valueFlag = source.valueFlag;
+    target.valueCodePage = source.valueCodePage;
+    target.narrowValueLen = source.narrowValueLen;
+    target.wideValueLen = source.wideValueLen;
+    target.intValue = source.intValue;
+    target.wideValue = source.wideValue;
+    target.narrowValue = source.narrowValue;
+    target.otherValue = source.otherValue;
 }
 
 // Appends a converted record to the list at `head` for each of the source's; false: no memory.
