@@ -1,4 +1,4 @@
-// The process heap as the library uses it: zero-filled blocks.
+// The process heap: the only place that allocates and frees.
 #pragma once
 
 #include <cstddef>
@@ -36,6 +36,15 @@ inline void* copy(const void* source, std::size_t bytes, std::size_t room) noexc
     if (bytes) std::memcpy(block, source, bytes);
     if (room > bytes) std::memset(block + bytes, 0, room - bytes);
     return block;
+}
+
+// A block with another size, for the caller to fill, or null: the old one is then still there.
+inline void* resized(void* block, std::size_t bytes) noexcept {
+    return std::realloc(block, bytes);
+}
+
+inline void release(void* block) noexcept {
+    std::free(block);
 }
 
 }  // namespace korv::heap

@@ -1,7 +1,7 @@
 // Linked lists of heap records.
 #pragma once
 
-#include <cstdlib>
+#include "common/heap.h"
 
 namespace korv {
 
@@ -10,7 +10,7 @@ template <class Record>
 void freeList(Record*& head) noexcept {
     while (head) {
         Record* next = head->link;
-        std::free(head);
+        heap::release(head);
         head = next;
     }
 }

@@ -1,6 +1,4 @@
 // Deep copy of a field definition.
-#include <cstdlib>
-
 #include "common/heap.h"
 #include "korv/ctrlblk.h"
 
@@ -25,7 +23,7 @@ int32_t duplicate(FieldDefI& target, const FieldDefI& source) noexcept {
         return KORV_NO_MEMORY_NARROW_TEXT;
     }
     if (!copyText(source.wideText, source.wideTextLen, target.wideText)) {
-        std::free(target.narrowText);
+        heap::release(target.narrowText);
         target.narrowText = nullptr;
         return KORV_NO_MEMORY_WIDE_TEXT;
     }

@@ -1,6 +1,5 @@
 // Release of request records in the X form.
-#include <cstdlib>
-
+#include "common/heap.h"
 #include "common/list.h"
 #include "korv/ctrlblk.h"
 
@@ -8,14 +7,14 @@ int32_t CleanCtrlBlkX(CtrlBlkX* block) {
     if (!block) return KORV_SUCCESS;
     korv::freeList(block->fieldDefs);
     korv::freeList(block->fieldRefs.link);
-    std::free(block);
+    korv::heap::release(block);
     return KORV_SUCCESS;
 }
 
 int32_t CleanSvcDefX(SvcDefX* service) {
     if (!service) return KORV_SUCCESS;
     korv::freeList(service->oprDefs);
-    std::free(service);
+    korv::heap::release(service);
     return KORV_SUCCESS;
 }
 

@@ -1,7 +1,7 @@
 // Work buffers of providers.
-#include <cstdlib>
 #include <cstring>
 
+#include "common/heap.h"
 #include "korv/datatypes.h"
 
 namespace korv {
@@ -12,7 +12,7 @@ int32_t allocate(void*& buffer, uint32_t& size, int32_t newSize, bool keep) noex
     const auto bytes = static_cast<uint32_t>(newSize);
     const uint32_t kept = keep && buffer ? size : 0;
     // A failure is stored too: a block that could not be resized is given up.
-    buffer = buffer ? std::realloc(buffer, bytes) : std::malloc(bytes);
+    buffer = buffer ? heap::resized(buffer, bytes) : heap::unfilled(bytes);
     if (!buffer) return KORV_NO_MEMORY_BUFFER;
     if (bytes > kept) std::memset(static_cast<char*>(buffer) + kept, 0, bytes - kept);
     size = bytes;

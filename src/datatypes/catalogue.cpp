@@ -69,8 +69,9 @@ int32_t textLength(const FieldDefI& field, uint32_t& length) noexcept {
     return isText(type) ? KORV_TYPE_DATETIME : KORV_SUCCESS;
 }
 
-int32_t hasUnit(int16_t code, std::size_t unit) noexcept {
-    return dataType(code).unit == unit ? 0 : -1;
+// KORV_SUCCESS for a text of such units.
+int32_t checkUnit(int16_t code, std::size_t unit) noexcept {
+    return dataType(code).unit == unit ? KORV_SUCCESS : KORV_FAILURE;
 }
 
 }  // namespace
@@ -98,9 +99,9 @@ const char* KORVGetDataTypeName(int16_t code) {
 }
 
 int32_t KORV_IsCharacterDatatype(int16_t code) {
-    return korv::hasUnit(code, sizeof(char));
+    return korv::checkUnit(code, sizeof(char));
 }
 
 int32_t KORV_IsWideCharacterDatatype(int16_t code) {
-    return korv::hasUnit(code, sizeof(wchar_t));
+    return korv::checkUnit(code, sizeof(wchar_t));
 }

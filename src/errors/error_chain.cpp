@@ -2,7 +2,6 @@
 #include "errors/error_chain.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "common/header.h"
 #include "common/heap.h"
@@ -45,12 +44,17 @@ void release(ErrorAnchor* anchor) noexcept {
     while (ErrorRecord* record = anchor->head) {
         for (int16_t i = 0; i < record->tokenSlotCount; ++i) {
             const TokenSlot& slot = record->tokenSlots[i];
-            if (slot.tokenId != KORV_TOKID_UNUSED) std::free(slot.text);
+            if (slot.tokenId != KORV_TOKID_UNUSED) heap::release(slot.text);
         }
         anchor->head = record->next;
-        std::free(record);
+        heap::release(record);
     }
-    std::free(anchor);
+    // Otherwise the compiler leaves out what is written to a block that is freed.
+    volatile ErrorAnchor& freed = *anchor;
+    freed.recordCount = 0;
+    freed.largestSize = 0;
+    freed.currentSize = 0;
+    heap::release(anchor);
 }
 
 }  // namespace

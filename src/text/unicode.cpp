@@ -25,7 +25,7 @@ int32_t narrowToXml(const wchar_t* text, uint16_t*& units, bool allocate) noexce
     const std::size_t length = std::wcslen(text);
     if (length == 0) return KORV_FAILURE;
     if (allocate) {
-        units = static_cast<uint16_t*>(std::malloc((length + 1) * sizeof(uint16_t)));
+        units = static_cast<uint16_t*>(heap::unfilled((length + 1) * sizeof(uint16_t)));
         if (!units) return KORV_FAILURE;
     }
     for (std::size_t i = 0; i <= length; ++i) units[i] = static_cast<uint16_t>(text[i] & 0xFFFF);

@@ -102,6 +102,8 @@ void fill(void* block, std::size_t size) {
     if (!leavesBlocks) std::memset(block, 0xA5, size);
 }
 
+std::atomic<void (*)(const void*)> looker;
+
 bool mustFail() {
     return ++attempts == failing.load();
 }
@@ -202,6 +204,7 @@ void* realloc(void* old, std::size_t size) {
 
 void free(void* block) {
     if (inArena(block)) return;
+    if (const auto look = looker.load()) look(block);
     forget(block);
     if (!realFree) resolve();
     realFree(block);
@@ -214,6 +217,10 @@ namespace heap {
 void failAt(unsigned n) {
     attempts = 0;
     failing = n;
+}
+
+void beforeFree(void (*look)(const void* block)) {
+    looker = look;
 }
 
 unsigned allocations() {

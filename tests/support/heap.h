@@ -26,6 +26,9 @@ std::size_t liveBlocks();
 // Bytes that were asked for when the live block was allocated; 0 for any other address.
 std::size_t sizeOf(const void* block);
 
+// What is called with each block before it is freed; null for nothing.
+void beforeFree(void (*look)(const void* block));
+
 }  // namespace heap
 
 // A fixture under which every block allocated by the libraries must be freed again.
