@@ -8,6 +8,7 @@
 #include <wctype.h>
 
 #include <array>
+#include <atomic>
 #include <limits>
 #include <type_traits>
 
@@ -41,10 +42,15 @@ const int32_t* currentTable() noexcept {
 }
 
 // The table of the C locale, which changes ASCII letters only, is a constant of libc and at no
-// other locale's address. Before it is known, while the process is being loaded, it is null.
+// other locale's address. It is null before it is known, while the process is being loaded, and
+// without memory for its locale.
 template <class Case>
-inline const int32_t* const cTable = tableOf(nl_langinfo_l(Case::item,
-                                                           newlocale(LC_CTYPE_MASK, "C", nullptr)));
+const int32_t* classicTable() noexcept {
+    const locale_t classic = newlocale(LC_CTYPE_MASK, "C", nullptr);
+    return classic ? tableOf(nl_langinfo_l(Case::item, classic)) : nullptr;
+}
+template <class Case>
+inline const int32_t* const kCTable = classicTable<Case>();
 
 constexpr int32_t kLetterCount = 26;
 constexpr int32_t kCaseBit = 0x20;
@@ -64,7 +70,7 @@ constexpr auto kAsciiTable = [] {
 // Whether a table agrees with the ASCII one on the characters from `from` to 127.
 template <class Case>
 bool isAsciiTable(const int32_t* table, int32_t from) noexcept {
-    if (table == cTable<Case>) return true;
+    if (table == kCTable<Case>) return true;
     Block<int32_t> different{};
     for (int32_t c = from; c < 128; c += kBlockUnits<int32_t>) {
         different |= loadBlock(table + c) ^ loadBlock(&kAsciiTable<Case>[c + kTableOrigin]);
@@ -90,27 +96,55 @@ inline bool isAscii(Block<wchar_t> block) noexcept {
     return allLanes((block & ~0x7F) == 0);
 }
 
-// Wide conversion in the locale of the moment. Where a locale converts an ASCII letter to something
-// else, its single-byte table cannot agree with ASCII on that letter: either it holds the other
-// character, or, when that has no single byte, the letter unchanged.
+// A character converted as in a locale that changes ASCII letters only.
+template <class Case>
+wchar_t convertAscii(wchar_t character) noexcept {
+    const auto letter = static_cast<uint32_t>(character - Case::firstLetter);
+    return letter < kLetterCount ? character ^ kCaseBit : character;
+}
+
+// The table of the process's locale that was asked last, and in bit 0 whether the locale converts
+// the wide ASCII characters as convertAscii does.
+template <class Case>
+inline std::atomic<uintptr_t> lastAnswer{0};
+
+// Whether the locale of the moment converts the wide ASCII characters as convertAscii does. A
+// locale of the process is never unloaded, so that its table tells it from others. Those of single
+// threads are, and another one can take their place: they are asked for every character.
+template <class Case>
+bool isAsciiLocale() noexcept {
+    const int32_t* const table = currentTable<Case>();
+    if (table == kCTable<Case>) return true;
+    if (uselocale(nullptr) != LC_GLOBAL_LOCALE) return false;
+    const auto name = reinterpret_cast<uintptr_t>(table);
+    const uintptr_t last = lastAnswer<Case>.load(std::memory_order_relaxed);
+    if (last >> 1 == name >> 1) return last & 1;
+    bool ascii = true;
+    for (wchar_t c = 0; c < 0x80; ++c) {
+        ascii &=
+            static_cast<wchar_t>(Case::convert(static_cast<wint_t>(c))) == convertAscii<Case>(c);
+    }
+    // Another thread may have changed the locale meanwhile.
+    if (currentTable<Case>() != table) return false;
+    lastAnswer<Case>.store((name & ~uintptr_t{1}) | ascii, std::memory_order_relaxed);
+    return ascii;
+}
+
+// Wide conversion in the locale of the moment.
 template <class Case>
 class WideCase {
   public:
-    WideCase() noexcept : table_(currentTable<Case>()) {}
+    WideCase() noexcept : ascii_(korv::isAsciiLocale<Case>()) {}
 
     wchar_t convert(wchar_t character) const noexcept {
-        if (static_cast<uint32_t>(character) < 0x80) {
-            const auto letter = static_cast<uint32_t>(character - Case::firstLetter);
-            const wchar_t ascii = letter < kLetterCount ? character ^ kCaseBit : character;
-            if ((table_[character] & 0xFF) == ascii) return ascii;
-        }
+        if (ascii_ && static_cast<uint32_t>(character) < 0x80) return convertAscii<Case>(character);
         return static_cast<wchar_t>(Case::convert(static_cast<wint_t>(character)));
     }
 
-    bool isAsciiLocale() const noexcept { return isAsciiTable<Case>(table_, 0); }
+    bool isAsciiLocale() const noexcept { return ascii_; }
 
   private:
-    const int32_t* table_;
+    bool ascii_;
 };
 
 // Upper-cases a wide text of `length` characters in place.

@@ -14,10 +14,11 @@ inline constexpr const char* kTurkish = "tr_TR.ISO-8859-9";
 // In Turkish, i and I are no pair: the case of ASCII letters changes, too.
 inline constexpr const char* kWideTurkish = "tr_TR.UTF-8";
 inline constexpr const char* kRussian = "ru_RU.KOI8-R";  // 0xFF is a capital letter
+inline constexpr const char* kOdd = "odd.UTF-8";         // the capital of U+0040 is U+0391
 
 // All of them; in ru_RU.CP1251 0xFF is a small letter.
 inline constexpr const char* kAll[] = {"C",      "en_US.UTF-8", kWideTurkish,   kGerman,
-                                       kTurkish, kRussian,      "ru_RU.CP1251"};
+                                       kTurkish, kRussian,      "ru_RU.CP1251", kOdd};
 
 [[noreturn]] inline void missing(const char* name) {
     std::fprintf(stderr, "no locale %s in %s\n", name, KORV_TEST_LOCALES);
