@@ -380,33 +380,34 @@ inline Related relatedOf(const PrvCall& call) {
 
 // Optional members of a provider class.
 template <class Provider, class = void>
-inline constexpr bool takesRelated = false;
+inline constexpr bool kTakesRelated = false;
 template <class Provider>
 inline constexpr bool
-    takesRelated<Provider, std::void_t<decltype(std::declval<Provider&>().mask(
-                               std::declval<Text<char>&>(), std::declval<Related>()))>> = true;
+    kTakesRelated<Provider, std::void_t<decltype(std::declval<Provider&>().mask(
+                                std::declval<Text<char>&>(), std::declval<Related>()))>> = true;
 template <class Provider, class = void>
-inline constexpr bool unmasks = false;
+inline constexpr bool kUnmasks = false;
 template <class Provider>
 inline constexpr bool
-    unmasks<Provider,
-            std::void_t<decltype(std::declval<Provider&>().unmask(std::declval<Text<char>&>()))>> =
+    kUnmasks<Provider,
+             std::void_t<decltype(std::declval<Provider&>().unmask(std::declval<Text<char>&>()))>> =
         true;
 template <class Provider, class = void>
-inline constexpr bool hasBatches = false;
+inline constexpr bool kHasBatches = false;
 template <class Provider>
 inline constexpr bool
-    hasBatches<Provider, std::void_t<decltype(std::declval<const Provider&>().usesBatches())>> =
+    kHasBatches<Provider, std::void_t<decltype(std::declval<const Provider&>().usesBatches())>> =
         true;
 template <class Provider, class = void>
-inline constexpr bool hasPromises = false;
+inline constexpr bool kHasPromises = false;
 template <class Provider>
 inline constexpr bool
-    hasPromises<Provider, std::void_t<decltype(std::declval<const Provider&>().promises())>> = true;
+    kHasPromises<Provider, std::void_t<decltype(std::declval<const Provider&>().promises())>> =
+        true;
 template <class Provider, class = void>
-inline constexpr bool hasSamples = false;
+inline constexpr bool kHasSamples = false;
 template <class Provider>
-inline constexpr bool hasSamples<Provider, std::void_t<decltype(Provider::kSampleRules)>> = true;
+inline constexpr bool kHasSamples<Provider, std::void_t<decltype(Provider::kSampleRules)>> = true;
 
 // The state of an opened rule: the provider's object, and memory for its batches.
 template <class Provider>
@@ -423,7 +424,7 @@ struct State {
 struct Masking {
     template <class Provider, class Char>
     static void run(Provider& provider, Text<Char>& text, Related related) {
-        if constexpr (takesRelated<Provider>) {
+        if constexpr (kTakesRelated<Provider>) {
             provider.mask(text, related);
         } else {
             provider.mask(text);
@@ -465,7 +466,7 @@ struct Glue {
                                                      std::uint32_t count,
                                                      std::int32_t* statuses) noexcept {
         State<Provider>& known = stateOf(state);
-        if constexpr (hasBatches<Provider>) {
+        if constexpr (kHasBatches<Provider>) {
             if (known.provider.usesBatches()) {
                 try {
                     const bool isWide = call->block->fieldRefs.fieldDef->dataType == WVARCHAR_SZ;
@@ -490,7 +491,7 @@ struct Glue {
     }
 
     KORV_PROVIDER_CALL static std::uint32_t promises(const void* state) noexcept {
-        if constexpr (hasPromises<Provider>) {
+        if constexpr (kHasPromises<Provider>) {
             return static_cast<const State<Provider>*>(state)->provider.promises();
         } else {
             return 0;
@@ -505,9 +506,9 @@ struct Glue {
         entry.mask = run<Masking>;
         entry.close = close;
         entry.maskBatch = maskBatch;
-        if constexpr (unmasks<Provider>) entry.unmask = run<Unmasking>;
+        if constexpr (kUnmasks<Provider>) entry.unmask = run<Unmasking>;
         entry.promises = promises;
-        if constexpr (hasSamples<Provider>) {
+        if constexpr (kHasSamples<Provider>) {
             entry.sampleRules = Provider::kSampleRules;
             entry.sampleRuleCount = static_cast<std::uint32_t>(std::size(Provider::kSampleRules));
         }
