@@ -135,7 +135,7 @@ class FoldersTest(InstallationTest):
         build = self.configure_with(CMAKE_INSTALL_LIBDIR=libraries)
         self.install(*LINKED, build=build)
         self.assertEqual(below("include/korv", {name.split("/")[-1] for name in HEADERS})
-                         | for_gdb(libraries), self.files(self.prefix))
+                         | for_gdb(libraries) | {"share/korv-support/valgrind.supp"}, self.files(self.prefix))
         self.assertEqual(packages(*LIBRARIES) | {"libKORVSupport.so.21", "libKORVSupport.so",
                                      "libKORVDataCnvLib.so"}, self.files(libraries))
         self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
