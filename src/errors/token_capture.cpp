@@ -116,7 +116,7 @@ int32_t capture(ErrorAnchor& anchor, const void* value, const DataType& type, ui
     while (index < record.tokenSlotCount && record.tokenSlots[index].tokenId != KORV_TOKID_UNUSED) {
         ++index;
     }
-    // Not "<=": one token behind the last slot is accepted, and every record has room for it.
+    // Not "<=": one token after the last slot is accepted, and every record has room for it.
     if (record.tokenSlotCount < index) return KORV_TOKEN_NO_SLOT;
 
     TokenSlot& slot = record.tokenSlots[index];
