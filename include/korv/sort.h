@@ -20,7 +20,8 @@ typedef int32_t (*KorvCompare)(const void* first, const void* second, void* cont
 /** KorvQSort sorts an array in place.
  *
  * The sort is not stable, never recurses and never allocates. An inconsistent comparison yields
- * some order, still of the same elements.
+ * some order, still of the same elements. Arrays of more than 2 GiB are sorted like others: the
+ * sizes of their parts are compared as unsigned numbers.
  *
  * @param[in,out] base       the array
  * @param         count      elements; below 2 no comparison is made

@@ -53,19 +53,6 @@ bool isOnOnePage(const void* address) noexcept {
     return reinterpret_cast<uintptr_t>(address) % page <= page - bytes;
 }
 
-// Copies a few bytes: 8 of them in one move where there is SSE2, 32-bit code would make two.
-template <std::size_t bytes>
-void copyFixed(void* to, const void* from) noexcept {
-#ifdef __SSE2__
-    if constexpr (bytes == 8) {
-        _mm_storel_epi64(static_cast<__m128i*>(to),
-                         _mm_loadl_epi64(static_cast<const __m128i*>(from)));
-        return;
-    }
-#endif
-    std::memcpy(to, from, bytes);
-}
-
 // Whether a comparison holds in any lane, or in all. "Equal in all" is one step less than "unequal
 // in any".
 #ifdef __SSE2__
@@ -95,23 +82,5 @@ bool allLanes(const Vector& lanes) noexcept {
     return !anyLane(~lanes);
 }
 #endif
-
-// The lanes of four blocks as bytes; a lane that is no byte becomes 0 or 255, whichever is nearer.
-inline Block<uint8_t> narrowToBytes(const Block<int32_t> (&blocks)[4]) noexcept {
-#ifdef __SSE2__
-    const auto words = [&](int i) {
-        return _mm_packs_epi32(reinterpret_cast<__m128i>(blocks[i]),
-                               reinterpret_cast<__m128i>(blocks[i + 1]));
-    };
-    return reinterpret_cast<Block<uint8_t>>(_mm_packus_epi16(words(0), words(2)));
-#else
-    Block<uint8_t> bytes;
-    for (int i = 0; i < 16; ++i) {
-        const int32_t lane = blocks[i / 4][i % 4];
-        bytes[i] = static_cast<uint8_t>(lane < 0 ? 0 : lane > 255 ? 255 : lane);
-    }
-    return bytes;
-#endif
-}
 
 }  // namespace korv

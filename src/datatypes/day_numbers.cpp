@@ -1,7 +1,9 @@
 // Sybase day numbers and ODBC dates.
 //
 // Days are counted in cycles of 400 years, years from March, so that the leap day is the last of
-// its year and five months from March on have 153 days.
+// its year and five months from March on have 153 days. The ordinary days and dates are converted
+// by Euclidean affine functions (C. Neri and L. Schneider, Euclidean affine functions and their
+// application to calendar algorithms, 2023).
 #include "korv/datatypes.h"
 
 namespace korv {
@@ -37,8 +39,9 @@ OdbcDate dateOfAnyDay(int32_t dayNumber) noexcept {
 constexpr uint32_t kOrdinaryDays = 81 * kDaysOf400Years;
 
 // The same for the years 0 to 32400, where nothing is negative and nothing wraps. Quotient and
-// remainder come from one multiplication each: 2939745 / 2^32 is 1 / 1461 and 2141 / 2^16 is 5 /
-// 153, closely enough for the days of a century and of a year.
+// remainder come from one multiplication each. 2939745 / 2^32 stands for 1 / 1461, exact for u
+// below 28825529; u is at most 146099. 2141 / 2^16 stands for 5 / 153, exact for days of the year
+// below 734; there are 366.
 OdbcDate dateOfOrdinaryDay(uint32_t day) noexcept {
     const uint32_t quarters = 4 * day + 3;
     const uint32_t century = quarters / kDaysOf400Years;
@@ -64,8 +67,8 @@ int32_t dayOfAnyDate(const OdbcDate& date) noexcept {
 }
 
 // The same for months up to 12 of years from 1 on: 146097 / 4 is 25 * 1461 - 3 / 4, so that the
-// days of centuries and years share a product, and 979 / 32 is 153 / 5, closely enough for twelve
-// months.
+// days of centuries and years share a product. 979 / 32 stands for 153 / 5, exact for months up to
+// 33; they are 3 to 14, or 12 when the month is 0.
 int32_t dayOfOrdinaryDate(const OdbcDate& date) noexcept {
     const uint32_t nextYear = date.month <= 2;
     const uint32_t month = date.month + 12 * nextYear;  // 3 is March

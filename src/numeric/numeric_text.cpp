@@ -22,6 +22,19 @@ static_assert(sizeof PXSpaces == 257 && sizeof PXSpacesW == 1028);
 namespace korv {
 namespace {
 
+// Copies a few bytes: 8 of them in one move where there is SSE2, 32-bit code would make two.
+template <std::size_t bytes>
+void copyFixed(void* to, const void* from) noexcept {
+#ifdef __SSE2__
+    if constexpr (bytes == 8) {
+        _mm_storel_epi64(static_cast<__m128i*>(to),
+                         _mm_loadl_epi64(static_cast<const __m128i*>(from)));
+        return;
+    }
+#endif
+    std::memcpy(to, from, bytes);
+}
+
 // The characters of 00 to 99, in either width.
 template <class Char>
 struct DigitPair {

@@ -10,6 +10,24 @@
 namespace korv {
 namespace {
 
+// The lanes of four blocks as bytes; a lane that is no byte becomes 0 or 255, whichever is nearer.
+Block<uint8_t> narrowToBytes(const Block<int32_t> (&blocks)[4]) noexcept {
+#ifdef __SSE2__
+    const auto words = [&](int i) {
+        return _mm_packs_epi32(reinterpret_cast<__m128i>(blocks[i]),
+                               reinterpret_cast<__m128i>(blocks[i + 1]));
+    };
+    return reinterpret_cast<Block<uint8_t>>(_mm_packus_epi16(words(0), words(2)));
+#else
+    Block<uint8_t> bytes;
+    for (int i = 0; i < 16; ++i) {
+        const int32_t lane = blocks[i / 4][i % 4];
+        bytes[i] = static_cast<uint8_t>(lane < 0 ? 0 : lane > 255 ? 255 : lane);
+    }
+    return bytes;
+#endif
+}
+
 constexpr int kMaxLength = 12;
 
 // A number that is being transposed, zero-filled after its digits, so that every position that a

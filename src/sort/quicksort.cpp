@@ -69,10 +69,7 @@ class Sorter {
         for (; hi > lo; hi -= width_.value) {
             char* max = lo;
             for (char* p = lo + width_.value; p <= hi; p += width_.value) {
-                // Chosen without a branch: which element is larger is not to be predicted.
-                const bool larger = compare_(p, max) > 0;
-                max = reinterpret_cast<char*>(larger ? reinterpret_cast<std::size_t>(p)
-                                                     : reinterpret_cast<std::size_t>(max));
+                if (compare_(p, max) > 0) max = p;
             }
             swap(max, hi);
         }
