@@ -15,7 +15,7 @@ def constants(match: re.Match) -> str:
                    for number, name in lists[match.group(1)])
 
 
-text = re.sub(r"    (KORV_TOKENS_\w+)\(KORV_TOKEN_CONSTANT\)\n", constants, text)
+text = re.sub(r" *(KORV_TOKENS_\w+)\(KORV_TOKEN_CONSTANT\)\n?", constants, text)
 text = re.sub(r"#(define|undef) KORV_TOKEN_\w+.*\n", "", text)
-text = re.sub(r"    KORV_TOKENS_\w+\(KORV_TOKEN_NAME\)\n", "", text)
+text = re.sub(r" *KORV_TOKENS_\w+\(KORV_TOKEN_NAME\)", "", text)
 print(text, end="")
