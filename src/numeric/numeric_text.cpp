@@ -79,7 +79,7 @@ int32_t writeField(int32_t value, int16_t width, Char* field) noexcept {
 }
 
 // The table's terminator takes part in the comparison: narrow tails are compared as they are, so
-// that a zero behind 256 blanks is equal to it.
+// that a zero after 256 blanks is equal to it.
 bool isBlankTail(const char* tail, std::size_t length) noexcept {
     return length <= std::size(PXSpaces) && std::memcmp(tail, PXSpaces, length) == 0;
 }
