@@ -36,6 +36,13 @@
 #endif
 #endif
 
+/** Version of the package, also for the preprocessor. */
+#define KORV_VERSION_MAJOR 1
+#define KORV_VERSION_MINOR 0 /**< of the package */
+#define KORV_VERSION_PATCH 0 /**< of the package */
+/** The version as one number that grows from release to release: 0x010203 for 1.2.3. */
+#define KORV_VERSION_NUM (KORV_VERSION_MAJOR << 16 | KORV_VERSION_MINOR << 8 | KORV_VERSION_PATCH)
+
 #if defined(__GNUC__)
 /** Before the declaration of what the library exports. */
 #define KORV_API __attribute__((visibility("default")))

@@ -17,35 +17,70 @@
 extern "C" {
 #endif
 
-/** Data type codes; they are stored in records and never change. 0, 11 and 12 are placeholders. */
+/** Data type codes; they are stored in records and never change. 0, 11 and 12 are placeholders.
+ *
+ * Each has a second name without KORV_TYPE_, such as VARCHAR_SZ (DATATYPE_101 for KORV_TYPE_101).
+ * Other ODBC headers may use the same names: define KORV_PREFIXED_TYPES_ONLY before the first korv
+ * header to leave them out. */
 typedef enum KorvDataType {
-    CHAR = 1,               /**< fixed narrow text */
-    VARCHAR = 2,            /**< variable narrow text */
-    VARCHAR_SZ = 3,         /**< terminated narrow text */
-    WCHAR = 4,              /**< fixed wide text */
-    WVARCHAR = 5,           /**< variable wide text */
-    WVARCHAR_SZ = 6,        /**< terminated wide text */
-    LONG_LONG = 7,          /**< signed, 64 bits */
-    U_LONG_LONG = 8,        /**< unsigned, 64 bits */
-    INTEGER = 9,            /**< signed, 32 bits */
-    U_INTEGER = 10,         /**< unsigned, 32 bits */
-    DECIMAL_PACKED = 13,    /**< packed decimal, 16 bytes */
-    ODBC_DATE = 14,         /**< OdbcDate; counts 12 bytes */
-    ODBC_TIME = 15,         /**< counts 12 bytes */
-    ODBC_TIMESTAMP = 16,    /**< OdbcTimestamp; counts 20 bytes */
-    DATETIME_SZ = 17,       /**< date and time as terminated narrow text */
-    DATETIME_WSZ = 18,      /**< date and time as terminated wide text */
-    DOUBLE = 19,            /**< floating point, 64 bits */
-    FLOAT = 20,             /**< floating point, 32 bits */
-    SMALLINT = 21,          /**< signed, 16 bits */
-    USMALLINT = 22,         /**< unsigned, 16 bits */
-    TINYINT = 23,           /**< signed, 8 bits */
-    UTINYINT = 24,          /**< unsigned, 8 bits */
-    DATETIME_CHAR = 25,     /**< date and time as fixed narrow text */
-    DATETIME_VARCHAR = 26,  /**< date and time as variable narrow text */
-    DATETIME_WCHAR = 27,    /**< date and time as fixed wide text */
-    DATETIME_WVARCHAR = 28, /**< date and time as variable wide text */
-    DATATYPE_101 = 101      /**< 50 bytes, text length 51, no catalogue name */
+    KORV_TYPE_CHAR = 1,               /**< fixed narrow text */
+    KORV_TYPE_VARCHAR = 2,            /**< variable narrow text */
+    KORV_TYPE_VARCHAR_SZ = 3,         /**< terminated narrow text */
+    KORV_TYPE_WCHAR = 4,              /**< fixed wide text */
+    KORV_TYPE_WVARCHAR = 5,           /**< variable wide text */
+    KORV_TYPE_WVARCHAR_SZ = 6,        /**< terminated wide text */
+    KORV_TYPE_LONG_LONG = 7,          /**< signed, 64 bits */
+    KORV_TYPE_U_LONG_LONG = 8,        /**< unsigned, 64 bits */
+    KORV_TYPE_INTEGER = 9,            /**< signed, 32 bits */
+    KORV_TYPE_U_INTEGER = 10,         /**< unsigned, 32 bits */
+    KORV_TYPE_DECIMAL_PACKED = 13,    /**< packed decimal, 16 bytes */
+    KORV_TYPE_ODBC_DATE = 14,         /**< OdbcDate; counts 12 bytes */
+    KORV_TYPE_ODBC_TIME = 15,         /**< counts 12 bytes */
+    KORV_TYPE_ODBC_TIMESTAMP = 16,    /**< OdbcTimestamp; counts 20 bytes */
+    KORV_TYPE_DATETIME_SZ = 17,       /**< date and time as terminated narrow text */
+    KORV_TYPE_DATETIME_WSZ = 18,      /**< date and time as terminated wide text */
+    KORV_TYPE_DOUBLE = 19,            /**< floating point, 64 bits */
+    KORV_TYPE_FLOAT = 20,             /**< floating point, 32 bits */
+    KORV_TYPE_SMALLINT = 21,          /**< signed, 16 bits */
+    KORV_TYPE_USMALLINT = 22,         /**< unsigned, 16 bits */
+    KORV_TYPE_TINYINT = 23,           /**< signed, 8 bits */
+    KORV_TYPE_UTINYINT = 24,          /**< unsigned, 8 bits */
+    KORV_TYPE_DATETIME_CHAR = 25,     /**< date and time as fixed narrow text */
+    KORV_TYPE_DATETIME_VARCHAR = 26,  /**< date and time as variable narrow text */
+    KORV_TYPE_DATETIME_WCHAR = 27,    /**< date and time as fixed wide text */
+    KORV_TYPE_DATETIME_WVARCHAR = 28, /**< date and time as variable wide text */
+    KORV_TYPE_101 = 101,              /**< 50 bytes, text length 51, no catalogue name */
+#ifndef KORV_PREFIXED_TYPES_ONLY
+    /** @cond */
+    CHAR = KORV_TYPE_CHAR,
+    VARCHAR = KORV_TYPE_VARCHAR,
+    VARCHAR_SZ = KORV_TYPE_VARCHAR_SZ,
+    WCHAR = KORV_TYPE_WCHAR,
+    WVARCHAR = KORV_TYPE_WVARCHAR,
+    WVARCHAR_SZ = KORV_TYPE_WVARCHAR_SZ,
+    LONG_LONG = KORV_TYPE_LONG_LONG,
+    U_LONG_LONG = KORV_TYPE_U_LONG_LONG,
+    INTEGER = KORV_TYPE_INTEGER,
+    U_INTEGER = KORV_TYPE_U_INTEGER,
+    DECIMAL_PACKED = KORV_TYPE_DECIMAL_PACKED,
+    ODBC_DATE = KORV_TYPE_ODBC_DATE,
+    ODBC_TIME = KORV_TYPE_ODBC_TIME,
+    ODBC_TIMESTAMP = KORV_TYPE_ODBC_TIMESTAMP,
+    DATETIME_SZ = KORV_TYPE_DATETIME_SZ,
+    DATETIME_WSZ = KORV_TYPE_DATETIME_WSZ,
+    DOUBLE = KORV_TYPE_DOUBLE,
+    FLOAT = KORV_TYPE_FLOAT,
+    SMALLINT = KORV_TYPE_SMALLINT,
+    USMALLINT = KORV_TYPE_USMALLINT,
+    TINYINT = KORV_TYPE_TINYINT,
+    UTINYINT = KORV_TYPE_UTINYINT,
+    DATETIME_CHAR = KORV_TYPE_DATETIME_CHAR,
+    DATETIME_VARCHAR = KORV_TYPE_DATETIME_VARCHAR,
+    DATETIME_WCHAR = KORV_TYPE_DATETIME_WCHAR,
+    DATETIME_WVARCHAR = KORV_TYPE_DATETIME_WVARCHAR,
+    DATATYPE_101 = KORV_TYPE_101
+/** @endcond */
+#endif
 } KorvDataType;
 
 /** ODBC date record, 6 bytes. A value of type ODBC_DATE counts 12. */

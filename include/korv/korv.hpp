@@ -655,7 +655,7 @@ class ErrorBuilder {
      * @param number  the value
      * @return this builder */
     ErrorBuilder& token(uint32_t id, const int32_t& number) noexcept {
-        return capture(id, &number, INTEGER, 0);
+        return capture(id, &number, KORV_TYPE_INTEGER, 0);
     }
     /** Captures an unsigned number.
      *
@@ -663,7 +663,7 @@ class ErrorBuilder {
      * @param number  the value
      * @return this builder */
     ErrorBuilder& token(uint32_t id, const uint32_t& number) noexcept {
-        return capture(id, &number, U_INTEGER, 0);
+        return capture(id, &number, KORV_TYPE_U_INTEGER, 0);
     }
     /** Captures a wide text.
      *
@@ -671,7 +671,7 @@ class ErrorBuilder {
      * @param text  zero-terminated; NULL is captured as "<NULL>"
      * @return this builder */
     ErrorBuilder& token(uint32_t id, const wchar_t* text) noexcept {
-        return capture(id, text, WVARCHAR_SZ, 0);
+        return capture(id, text, KORV_TYPE_WVARCHAR_SZ, 0);
     }
     /** Captures a wide text.
      *
@@ -679,7 +679,7 @@ class ErrorBuilder {
      * @param text  a view whose data() is NULL is captured as "<NULL>"
      * @return this builder */
     ErrorBuilder& token(uint32_t id, std::wstring_view text) noexcept {
-        return capture(id, text.data(), WCHAR, text.size() * sizeof(wchar_t));
+        return capture(id, text.data(), KORV_TYPE_WCHAR, text.size() * sizeof(wchar_t));
     }
     /** Captures a narrow text. Each byte is taken as one ISO 8859-1 character.
      *
@@ -687,7 +687,7 @@ class ErrorBuilder {
      * @param text  zero-terminated; NULL is captured as "<NULL>"
      * @return this builder */
     ErrorBuilder& token(uint32_t id, const char* text) noexcept {
-        return capture(id, text, VARCHAR_SZ, 0);
+        return capture(id, text, KORV_TYPE_VARCHAR_SZ, 0);
     }
     /** Captures a narrow text. Each byte is taken as one ISO 8859-1 character.
      *
@@ -695,7 +695,7 @@ class ErrorBuilder {
      * @param text  a view whose data() is NULL is captured as "<NULL>"
      * @return this builder */
     ErrorBuilder& token(uint32_t id, std::string_view text) noexcept {
-        return capture(id, text.data(), CHAR, text.size());
+        return capture(id, text.data(), KORV_TYPE_CHAR, text.size());
     }
 
     /** The first failure.

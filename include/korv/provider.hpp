@@ -316,12 +316,12 @@ inline std::int32_t capture(const PrvCall& call, const Error& error) noexcept {
         return KORV_FAILURE;
     }
     const FieldDefX* const field = call.block->fieldRefs.fieldDef;
-    TokenCapture(call.context, field->wideText, WVARCHAR_SZ, KORV_TOKID_COLNAME, 0);
+    TokenCapture(call.context, field->wideText, KORV_TYPE_WVARCHAR_SZ, KORV_TOKID_COLNAME, 0);
     for (const Token& token : error.tokens) {
         if (const auto* number = std::get_if<std::int32_t>(&token.value)) {
-            TokenCapture(call.context, number, INTEGER, token.id, 0);
+            TokenCapture(call.context, number, KORV_TYPE_INTEGER, token.id, 0);
         } else if (const auto* text = std::get_if<std::wstring>(&token.value)) {
-            TokenCapture(call.context, text->c_str(), WVARCHAR_SZ, token.id, 0);
+            TokenCapture(call.context, text->c_str(), KORV_TYPE_WVARCHAR_SZ, token.id, 0);
         }
     }
     return static_cast<std::int32_t>(error.code);
@@ -469,7 +469,8 @@ struct Glue {
         if constexpr (kHasBatches<Provider>) {
             if (known.provider.usesBatches()) {
                 try {
-                    const bool isWide = call->block->fieldRefs.fieldDef->dataType == WVARCHAR_SZ;
+                    const bool isWide =
+                        call->block->fieldRefs.fieldDef->dataType == KORV_TYPE_WVARCHAR_SZ;
                     isWide ? maskItems<wchar_t>(known, *call, count, statuses)
                            : maskItems<char>(known, *call, count, statuses);
                     return 0;
@@ -539,8 +540,8 @@ struct Glue {
     template <class Direction>
     static void runValue(Provider& provider, const PrvCall& call) {
         const std::int16_t type = call.block->fieldRefs.fieldDef->dataType;
-        if (type == VARCHAR_SZ) return runAs<Direction, char>(provider, call);
-        if (type == WVARCHAR_SZ) return runAs<Direction, wchar_t>(provider, call);
+        if (type == KORV_TYPE_VARCHAR_SZ) return runAs<Direction, char>(provider, call);
+        if (type == KORV_TYPE_WVARCHAR_SZ) return runAs<Direction, wchar_t>(provider, call);
         throw Error(kNotText, {{KORV_TOKID_DATATYPE, type}});
     }
 
