@@ -1,9 +1,11 @@
 # Installs Debian packages that other scripts need and that are missing. Sourced.
 # shellcheck shell=bash
 
-# korv_install PACKAGE...: through apt-get, as root or with sudo. Does nothing if all are installed.
+# korv_install PACKAGE...: through apt-get, as root or with sudo. Does nothing if all are installed, on a system
+# without Debian's packages, and where KORV_NO_INSTALL is set.
 korv_install() {
     local package missing=()
+    [ -z "${KORV_NO_INSTALL:-}" ] && command -v dpkg-query >/dev/null || return 0
     for package in "$@"; do
         [[ $(dpkg-query -W -f '${Status}' "$package" 2>/dev/null) == *'ok installed' ]] ||
             missing+=("$package")
