@@ -60,7 +60,9 @@ TEST(StatusOfComfort, KeepsUnknownCodes) {
 
 TEST(StatusOfComfort, SuccessIsZeroAndTheLengthOfADateAndTime) {
     for (int code = -2; code < 300; ++code) {
-        EXPECT_EQ(code == 0 || code == 65, korv::succeeded(korv::Status(code))) << code;
+        EXPECT_EQ(code == KORV_SUCCESS || code == KORV_TYPE_DATETIME,
+                  korv::succeeded(korv::Status(code)))
+            << code;
     }
     FieldDefI field{};
     field.dataType = DATETIME_SZ;

@@ -47,10 +47,10 @@ TEST_F(ConvertBlock, NeedsBothBlocksAndWritesNothingWithout) {
     Request request(1, {0});
     CtrlBlkX target = rubbish<CtrlBlkX>(5);
     const CtrlBlkX before = target;
-    EXPECT_EQ(-1, KORVCnvCtrlBlkFromIToX(nullptr, &target));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvCtrlBlkFromIToX(nullptr, &target));
     EXPECT_EQ(0, std::memcmp(&before, &target, sizeof target));
-    EXPECT_EQ(-1, KORVCnvCtrlBlkFromIToX(&request.block, nullptr));
-    EXPECT_EQ(-1, KORVCnvCtrlBlkFromIToX(nullptr, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvCtrlBlkFromIToX(&request.block, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvCtrlBlkFromIToX(nullptr, nullptr));
 }
 
 TEST_F(ConvertBlock, ConvertsFieldsInListOrder) {
@@ -165,7 +165,9 @@ TEST_F(ConvertBlock, WithoutMemoryLeavesNoLists) {
         const CtrlBlkX before = target;
         const std::size_t live = heap::liveBlocks();
         heap::failAt(n);
-        EXPECT_EQ(n <= 3 ? 99 : 100, KORVCnvCtrlBlkFromIToX(&request.block, &target)) << n;
+        EXPECT_EQ(n <= 3 ? KORV_NO_MEMORY_FIELD : KORV_NO_MEMORY_REFERENCE,
+                  KORVCnvCtrlBlkFromIToX(&request.block, &target))
+            << n;
         EXPECT_EQ(n, heap::allocations());
         EXPECT_EQ(live, heap::liveBlocks()) << n;
         EXPECT_EQ(nullptr, target.fieldDefs) << n;
@@ -191,7 +193,9 @@ TEST_F(ConvertBlock, WithoutMemoryReleasesNodesChainedBefore) {
         ASSERT_EQ(0, KORVCnvCtrlBlkFromIToX(&request.block, &target));
         freeFields(target.fieldDefs);
         heap::failAt(n);
-        EXPECT_EQ(n <= 2 ? 99 : 100, KORVCnvCtrlBlkFromIToX(&longer.block, &target)) << n;
+        EXPECT_EQ(n <= 2 ? KORV_NO_MEMORY_FIELD : KORV_NO_MEMORY_REFERENCE,
+                  KORVCnvCtrlBlkFromIToX(&longer.block, &target))
+            << n;
         heap::failAt(0);
         EXPECT_EQ(nullptr, target.fieldDefs) << n;
         EXPECT_EQ(nullptr, target.fieldRefs.link) << n;
@@ -207,7 +211,7 @@ TEST_F(ConvertBlock, WithoutMemoryReleasesTheListOfTheCaller) {
     CtrlBlkX target{};
     ASSERT_EQ(0, KORVCnvCtrlBlkFromIToX(&fields.block, &target));
     heap::failAt(1);
-    EXPECT_EQ(100, KORVCnvCtrlBlkFromIToX(&references.block, &target));
+    EXPECT_EQ(KORV_NO_MEMORY_REFERENCE, KORVCnvCtrlBlkFromIToX(&references.block, &target));
     heap::failAt(0);
     EXPECT_EQ(nullptr, target.fieldDefs);
     EXPECT_EQ(live, heap::liveBlocks());

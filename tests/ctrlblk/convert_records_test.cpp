@@ -28,10 +28,10 @@ TEST_F(ConvertField, NeedsBothRecords) {
     const FieldDefI source = rubbish<FieldDefI>(1);
     FieldDefX target = rubbish<FieldDefX>(2);
     const FieldDefX before = target;
-    EXPECT_EQ(-1, KORVCnvFieldDefFromIToX(nullptr, &target));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvFieldDefFromIToX(nullptr, &target));
     EXPECT_EQ(0, std::memcmp(&before, &target, sizeof target));
-    EXPECT_EQ(-1, KORVCnvFieldDefFromIToX(&source, nullptr));
-    EXPECT_EQ(-1, KORVCnvFieldDefFromIToX(nullptr, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvFieldDefFromIToX(&source, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvFieldDefFromIToX(nullptr, nullptr));
 }
 
 TEST_F(ConvertOperand, CarriesEveryMemberButLeavesTheLink) {
@@ -68,10 +68,10 @@ TEST_F(ConvertOperand, NeedsBothRecords) {
     const OprDefI source = rubbish<OprDefI>(1);
     OprDefX target = rubbish<OprDefX>(2);
     const OprDefX before = target;
-    EXPECT_EQ(-1, KORVCnvOprDefFromIToX(nullptr, &target));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvOprDefFromIToX(nullptr, &target));
     EXPECT_EQ(0, std::memcmp(&before, &target, sizeof target));
-    EXPECT_EQ(-1, KORVCnvOprDefFromIToX(&source, nullptr));
-    EXPECT_EQ(-1, KORVCnvOprDefFromIToX(nullptr, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvOprDefFromIToX(&source, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvOprDefFromIToX(nullptr, nullptr));
 }
 
 // A service of `count` operands.
@@ -135,11 +135,11 @@ TEST_F(ConvertService, NeedsBothServiceRecords) {
     Service source(1);
     SvcDefX target = rubbish<SvcDefX>(4);
     const SvcDefX before = target;
-    EXPECT_EQ(-1, KORVCnvSvcDefFromIToX(&block, nullptr, &target));
-    EXPECT_EQ(-1, KORVCnvSvcDefFromIToX(nullptr, nullptr, &target));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvSvcDefFromIToX(&block, nullptr, &target));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvSvcDefFromIToX(nullptr, nullptr, &target));
     EXPECT_EQ(0, std::memcmp(&before, &target, sizeof target));
-    EXPECT_EQ(-1, KORVCnvSvcDefFromIToX(&block, &source.service, nullptr));
-    EXPECT_EQ(-1, KORVCnvSvcDefFromIToX(nullptr, &source.service, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvSvcDefFromIToX(&block, &source.service, nullptr));
+    EXPECT_EQ(KORV_FAILURE, KORVCnvSvcDefFromIToX(nullptr, &source.service, nullptr));
 }
 
 TEST_F(ConvertService, WithoutMemoryForAnOperandLeavesNoList) {
@@ -149,7 +149,8 @@ TEST_F(ConvertService, WithoutMemoryForAnOperandLeavesNoList) {
         SvcDefX target = rubbish<SvcDefX>(4);
         const std::size_t live = heap::liveBlocks();
         heap::failAt(n);
-        EXPECT_EQ(102, KORVCnvSvcDefFromIToX(&block, &source.service, &target)) << n;
+        EXPECT_EQ(KORV_NO_MEMORY_OPERAND, KORVCnvSvcDefFromIToX(&block, &source.service, &target))
+            << n;
         EXPECT_EQ(n, heap::allocations());
         EXPECT_EQ(live, heap::liveBlocks()) << n;
         EXPECT_EQ(nullptr, target.oprDefs) << n;

@@ -3,6 +3,7 @@
 
 #include "ctrlblk/records.h"
 #include "ctrlblk/scripted_companion.h"
+#include "korv/datacnv.h"
 #include "support/fenced.h"
 
 namespace {
@@ -219,8 +220,8 @@ TEST_F(ProviderCompanion, StopsAtTheFirstTextThatFails) {
 }
 
 TEST_F(ProviderCompanion, PassesOnTheStatusOfTheSecondText) {
-    companion::answers = {{0, 0, L""}, {203, 0, L""}};
-    EXPECT_EQ(203, CopyPrvStruct(&target, &source, 4000000000u, 0xA5, 'M'));
+    companion::answers = {{0, 0, L""}, {CNV_UNCONVERTIBLE, 0, L""}};
+    EXPECT_EQ(CNV_UNCONVERTIBLE, CopyPrvStruct(&target, &source, 4000000000u, 0xA5, 'M'));
     EXPECT_EQ(2u, companion::narrowed.size());
     expectCodes();
 }

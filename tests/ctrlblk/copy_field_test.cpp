@@ -99,7 +99,7 @@ TEST_F(CopyField, HasNoMemoryForAMoreNegativeWideLength) {
     descriptor.head.wideText = L"text";
     for (const std::int32_t length : {-5, -6, -8, -100, -65536, -0x10000000}) {
         reset();
-        copy(describe('W', &descriptor, length), 84);
+        copy(describe('W', &descriptor, length), KORV_NO_MEMORY_WIDE_TEXT);
         expected.wideText = nullptr;
         expected.wideTextLen = length + 4;
         expectSame(expected, target);
@@ -149,7 +149,7 @@ TEST_F(CopyField, RefusesNarrowLengthsBelowOne) {
     descriptor.narrowText = "text";
     for (const std::int32_t length : {0, -1, -4, -5, INT_MIN}) {
         reset();
-        copy(describe('M', &descriptor, length), 83);
+        copy(describe('M', &descriptor, length), KORV_BAD_TEXT_LENGTH);
         expectSame(expected, target);
     }
 }
@@ -180,14 +180,14 @@ TEST_F(CopyField, KeepsWhatItHadWhenMemoryRunsOut) {
     descriptor.codePage = kUtf8;
     descriptor.narrowText = "text";
     heap::failAt(1);
-    copy(describe('M', &descriptor, 4), 85);
+    copy(describe('M', &descriptor, 4), KORV_NO_MEMORY_NARROW_TEXT);
     expected.narrowText = nullptr;
     expected.narrowTextLen = 5;
     expectSame(expected, target);
 
     reset();
     heap::failAt(2);
-    copy(describe('M', &descriptor, 4), 84);
+    copy(describe('M', &descriptor, 4), KORV_NO_MEMORY_WIDE_TEXT);
     EXPECT_STREQ("text", target.narrowText);
     expected.narrowText = target.narrowText;
     expected.narrowTextLen = 5;
@@ -198,7 +198,7 @@ TEST_F(CopyField, KeepsWhatItHadWhenMemoryRunsOut) {
     reset();
     descriptor.head.wideText = L"text";
     heap::failAt(1);
-    copy(describe('W', &descriptor, 16), 84);
+    copy(describe('W', &descriptor, 16), KORV_NO_MEMORY_WIDE_TEXT);
     expected.wideText = nullptr;
     expected.wideTextLen = 20;
     expectSame(expected, target);

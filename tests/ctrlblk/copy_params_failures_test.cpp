@@ -17,7 +17,7 @@ TEST_F(CopyParams, RefuseNegativeValueLengths) {
             source.oprTextMode = 'W';
             source.oprText = &descriptor;
             source.oprTextLen = sizeof operandText;
-            copy(source, 82);
+            copy(source, KORV_BAD_VALUE_LENGTH);
             EXPECT_STREQ(operandText, target.oprText);
             expected.oprText = target.oprText;
             expected.oprTextLen = sizeof operandText;
@@ -40,8 +40,10 @@ TEST_F(CopyParams, KeepWhatTheyHadWhenMemoryRunsOut) {
         unsigned failing;
         std::int32_t status;
     };
-    for (const Case& c : {Case{2, 1, 78}, Case{3, 1, 78}, Case{0, 1, 78}, Case{2, 2, 78},
-                          Case{3, 2, 89}, Case{3, 3, 78}}) {
+    for (const Case& c :
+         {Case{2, 1, KORV_NO_MEMORY_WIDE_VALUE}, Case{3, 1, KORV_NO_MEMORY_WIDE_VALUE},
+          Case{0, 1, KORV_NO_MEMORY_WIDE_VALUE}, Case{2, 2, KORV_NO_MEMORY_WIDE_VALUE},
+          Case{3, 2, KORV_NO_MEMORY_NARROW_VALUE}, Case{3, 3, KORV_NO_MEMORY_WIDE_VALUE}}) {
         reset();
         ParamDesc source = describe(c.kind);
         source.oprTextMode = 'W';

@@ -132,10 +132,10 @@ TEST_F(Duplicate, NeedsBothRecords) {
     const FieldDefI source = bare();
     FieldDefI copy = rubbish<FieldDefI>(12);
     const FieldDefI before = copy;
-    EXPECT_EQ(-1, DuplicateFieldDefI(&copy, nullptr));
+    EXPECT_EQ(KORV_FAILURE, DuplicateFieldDefI(&copy, nullptr));
     EXPECT_EQ(0, std::memcmp(&before, &copy, sizeof copy));
-    EXPECT_EQ(-1, DuplicateFieldDefI(nullptr, &source));
-    EXPECT_EQ(-1, DuplicateFieldDefI(nullptr, nullptr));
+    EXPECT_EQ(KORV_FAILURE, DuplicateFieldDefI(nullptr, &source));
+    EXPECT_EQ(KORV_FAILURE, DuplicateFieldDefI(nullptr, nullptr));
 }
 
 TEST_F(Duplicate, WithoutMemoryLeavesNoTexts) {
@@ -146,8 +146,10 @@ TEST_F(Duplicate, WithoutMemoryLeavesNoTexts) {
         unsigned failing;
         std::int32_t status;
     };
-    for (const Case& c : {Case{true, true, 1, 85}, Case{true, true, 2, 84},
-                          Case{true, false, 1, 85}, Case{false, true, 1, 84}}) {
+    for (const Case& c : {Case{true, true, 1, KORV_NO_MEMORY_NARROW_TEXT},
+                          Case{true, true, 2, KORV_NO_MEMORY_WIDE_TEXT},
+                          Case{true, false, 1, KORV_NO_MEMORY_NARROW_TEXT},
+                          Case{false, true, 1, KORV_NO_MEMORY_WIDE_TEXT}}) {
         FieldDefI source = bare();
         source.narrowText = c.narrow ? narrow : nullptr;
         source.wideText = c.wide ? wide : nullptr;

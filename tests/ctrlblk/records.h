@@ -53,7 +53,7 @@ requires std::is_arithmetic_v<T> std::int64_t plain(T value) {
 inline void expectHeader(const BlockHeader& header, std::string_view eyeCatcher,
                          std::size_t length) {
     EXPECT_EQ(eyeCatcher, std::string_view(header.eyeCatcher, sizeof header.eyeCatcher));
-    EXPECT_EQ(21, header.version);
+    EXPECT_EQ(KORV_BLOCK_VERSION, header.version);
     EXPECT_EQ(length, header.length);
 }
 

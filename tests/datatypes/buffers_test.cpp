@@ -47,13 +47,13 @@ TEST_F(BuffersTest, ASizeBelow1Is107AndChangesNothing) {
             void* none = nullptr;
             uint32_t size = 1234;
             heap::failAt(0);
-            EXPECT_EQ(107, allocate(&none, &size, newSize));
+            EXPECT_EQ(KORV_BAD_BUFFER_SIZE, allocate(&none, &size, newSize));
             EXPECT_EQ(nullptr, none);
             EXPECT_EQ(1234u, size);
 
             Work work(8);
             void* const block = work.buffer;
-            EXPECT_EQ(107, allocate(&work.buffer, &work.size, newSize));
+            EXPECT_EQ(KORV_BAD_BUFFER_SIZE, allocate(&work.buffer, &work.size, newSize));
             EXPECT_EQ(block, work.buffer);
             EXPECT_EQ(8u, work.size);
             EXPECT_TRUE(filledWith(block, 0, 8, 'x'));
@@ -164,7 +164,7 @@ TEST_F(BuffersTest, NoMemoryForANewBlockIs106) {
         void* buffer = nullptr;
         uint32_t size = 77;
         heap::failAt(1);
-        EXPECT_EQ(106, allocate(&buffer, &size, 16));
+        EXPECT_EQ(KORV_NO_MEMORY_BUFFER, allocate(&buffer, &size, 16));
         EXPECT_EQ(nullptr, buffer);
         EXPECT_EQ(77u, size);
         EXPECT_EQ(1u, heap::allocations());
@@ -177,7 +177,7 @@ TEST_F(BuffersTest, NoMemoryForAResizeEmptiesThePointerAndLosesTheBlock) {
             Work work(8);
             void* const lost = work.buffer;
             heap::failAt(1);
-            EXPECT_EQ(106, allocate(&work.buffer, &work.size, newSize));
+            EXPECT_EQ(KORV_NO_MEMORY_BUFFER, allocate(&work.buffer, &work.size, newSize));
             EXPECT_EQ(nullptr, work.buffer);
             EXPECT_EQ(8u, work.size);
             EXPECT_EQ(8u, heap::sizeOf(lost)) << "the old block must not be freed";

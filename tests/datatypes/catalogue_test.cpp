@@ -43,7 +43,7 @@ TEST_F(CatalogueTest, EveryCodeHasItsBytesOrStatus49) {
     for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
         const CatalogueRow* row = catalogueRow(code);
         const int32_t status = ask(GetDataTypeBytes, code, 10);
-        ASSERT_EQ(row ? 0 : 49, status) << code;
+        ASSERT_EQ(row ? KORV_SUCCESS : KORV_TYPE_UNKNOWN, status) << code;
         ASSERT_EQ(!row                ? kUntouched
                   : row->perCharacter ? row->perCharacter * 10
                                       : row->bytes,
@@ -64,16 +64,17 @@ TEST_F(CatalogueTest, OnlyTextBytesFollowTheFieldLength) {
 
 TEST_F(CatalogueTest, BytesOfAnEmptyFieldAre48) {
     Fenced<uint32_t> bytes{kUntouched};
-    EXPECT_EQ(48, GetDataTypeBytes(nullptr, bytes.data()));
+    EXPECT_EQ(KORV_TYPE_NO_FIELD, GetDataTypeBytes(nullptr, bytes.data()));
     EXPECT_EQ(kUntouched, bytes[0]);
-    EXPECT_EQ(48, GetDataTypeBytes(nullptr, nullptr));
+    EXPECT_EQ(KORV_TYPE_NO_FIELD, GetDataTypeBytes(nullptr, nullptr));
 }
 
 TEST_F(CatalogueTest, EveryCodeHasItsTextLengthAndStatus) {
     for (uint32_t fieldLength : {0u, 10u, 0xFFFFFFFFu}) {
         for (int code = INT16_MIN; code <= INT16_MAX; ++code) {
             const CatalogueRow* row = catalogueRow(code);
-            ASSERT_EQ(row ? row->lengthStatus : 49, ask(GetDataTypeLengths, code, fieldLength))
+            ASSERT_EQ(row ? row->lengthStatus : KORV_TYPE_UNKNOWN,
+                      ask(GetDataTypeLengths, code, fieldLength))
                 << code;
             ASSERT_EQ(row ? row->textLength : kUntouched, result()) << code;
         }

@@ -66,7 +66,7 @@ TEST_F(ValueClassTest, AnyCopyFlagButZeroCopies) {
         value_->capacity = 3;
         value_->copiedLength = 99;
         value_->target = target;
-        ASSERT_EQ(74, classify());
+        ASSERT_EQ(KORV_CLASS_TEXT, classify());
         ASSERT_EQ(flag ? 3 : 99, value_->copiedLength) << flag;
         ASSERT_EQ(flag ? "abc-" : "----", std::string(target, 4)) << flag;
     }
@@ -99,7 +99,7 @@ TEST_F(ValueClassTest, TheSmallerLengthIsStoredAndANegativeOneCopiesNothing) {
         value_->capacity = c.capacity;
         value_->target = target.data();
         value_.keep();
-        EXPECT_EQ(74, classify());
+        EXPECT_EQ(KORV_CLASS_TEXT, classify());
         EXPECT_EQ(c.copied, value_->copiedLength) << c.capacity << ' ' << c.length;
         EXPECT_EQ(std::string(bytes, 'd'), std::string(target.data(), bytes));
         EXPECT_TRUE(target.intact() && data.intact());
@@ -113,7 +113,7 @@ TEST_F(ValueClassTest, NothingIsCopiedBetweenEmptyBuffers) {
     value_.reset(0, nullptr);
     value_->capacity = 0;
     value_->target = nullptr;
-    EXPECT_EQ(74, classify());
+    EXPECT_EQ(KORV_CLASS_TEXT, classify());
     EXPECT_EQ(0, value_->copiedLength);
 }
 
@@ -145,7 +145,7 @@ TEST_F(ValueClassTest, CopiesAtEveryLengthAndAlignment) {
                 value_.reset(static_cast<int32_t>(length), data.data() + from);
                 value_->capacity = 70;
                 value_->target = target.data() + to;
-                ASSERT_EQ(74, classify());
+                ASSERT_EQ(KORV_CLASS_TEXT, classify());
                 ASSERT_EQ(expected, target) << length << ' ' << from << ' ' << to;
             }
         }
@@ -163,7 +163,7 @@ TEST_F(ValueClassTest, CopiesBetweenUnreadablePages) {
             value_.reset(70, data.data());
             value_->capacity = static_cast<int32_t>(length);
             value_->target = target.data();
-            ASSERT_EQ(74, classify());
+            ASSERT_EQ(KORV_CLASS_TEXT, classify());
             ASSERT_EQ(std::string(data.data(), length), std::string(target.data(), length));
             ASSERT_TRUE(target.intact());
         }
@@ -172,8 +172,8 @@ TEST_F(ValueClassTest, CopiesBetweenUnreadablePages) {
 
 TEST_F(ValueClassTest, OneRecordMayBeValueAndResult) {
     value_.reset(0, nullptr);
-    EXPECT_EQ(74, KORV_IsZeroOrZeroLength(&context_, value_.get(), value_.get()));
-    EXPECT_EQ(74, value_->processingClass);
+    EXPECT_EQ(KORV_CLASS_TEXT, KORV_IsZeroOrZeroLength(&context_, value_.get(), value_.get()));
+    EXPECT_EQ(KORV_CLASS_TEXT, value_->processingClass);
     EXPECT_EQ(0, value_->secondFlag);
 }
 

@@ -32,7 +32,7 @@ TEST_F(ErrorChain, OpensARecordForEachSlotCount) {
         ASSERT_EQ(record, own->tail);
         EXPECT_EQ(nullptr, record->next);
         EXPECT_EQ("ECBD", std::string_view(record->header.eyeCatcher, 4));
-        EXPECT_EQ(21, record->header.version);
+        EXPECT_EQ(KORV_BLOCK_VERSION, record->header.version);
         EXPECT_EQ(sizeof(ErrorRecord), record->header.length);
         EXPECT_EQ(slotCount, record->tokenSlotCount);
         EXPECT_EQ(0xA1B2C3D4, record->firstCode);
@@ -119,7 +119,7 @@ TEST_F(ErrorChain, WithoutMemoryForTheFirstRecordStaysEmpty) {
     ErrorRecord unused{};
     anchor->tail = &unused;
     heap::failAt(1);
-    EXPECT_EQ(-1, ErrorCaptureEAB(anchor, 1, 2, 10));
+    EXPECT_EQ(KORV_FAILURE, ErrorCaptureEAB(anchor, 1, 2, 10));
     EXPECT_EQ(nullptr, anchor->head);
     EXPECT_EQ(&unused, anchor->tail);
     EXPECT_EQ(nullptr, unused.next);
@@ -136,7 +136,7 @@ TEST_F(ErrorChain, WithoutMemoryForAFurtherRecordStaysAsItWas) {
         open(1);
         const std::vector<ErrorRecord*> before = chain();
         heap::failAt(1);
-        EXPECT_EQ(-1, ErrorCaptureEAB(anchor, 1, 2, 100));
+        EXPECT_EQ(KORV_FAILURE, ErrorCaptureEAB(anchor, 1, 2, 100));
         EXPECT_EQ(1u, heap::allocations());
         heap::failAt(0);
         EXPECT_EQ(before, chain());
@@ -149,9 +149,9 @@ TEST_F(ErrorChain, WithoutMemoryForAFurtherRecordStaysAsItWas) {
 
 TEST_F(ErrorChain, NeedsAnAnchor) {
     heap::failAt(0);
-    EXPECT_EQ(-1, ErrorCaptureEAB(nullptr, 1, 2, 3));
+    EXPECT_EQ(KORV_FAILURE, ErrorCaptureEAB(nullptr, 1, 2, 3));
     CtrlBlkI without{};
-    EXPECT_EQ(-1, ErrorCapture(&without, 1, 2, 3));
+    EXPECT_EQ(KORV_FAILURE, ErrorCapture(&without, 1, 2, 3));
     EXPECT_EQ(0u, heap::allocations());
 }
 
@@ -162,7 +162,7 @@ TEST_F(ErrorChain, IsReachedThroughTheBlock) {
     EXPECT_EQ(3, anchor->tail->tokenSlotCount);
     EXPECT_EQ(openedBytes(3), anchor->currentSize);
     heap::failAt(1);
-    EXPECT_EQ(-1, ErrorCapture(&block, 7, 8, 3));
+    EXPECT_EQ(KORV_FAILURE, ErrorCapture(&block, 7, 8, 3));
 }
 
 // Only the anchor of a block is read: here all after it lies in the unreadable page.

@@ -102,7 +102,8 @@ TEST_F(ReleaseChain, FreesCapturedTokens) {
     for (int record = 0; record < 3; ++record) {
         open(3);
         ASSERT_EQ(0, TokenCaptureEAB(anchor, &number, INTEGER, KORV_TOKID_SQLCODE, 0));
-        ASSERT_EQ(3, TokenCaptureEAB(anchor, &number, DOUBLE, KORV_TOKID_SEED, 0));
+        ASSERT_EQ(KORV_TOKEN_BAD_TYPE,
+                  TokenCaptureEAB(anchor, &number, DOUBLE, KORV_TOKID_SEED, 0));
         ASSERT_EQ(0, TokenCaptureEAB(anchor, nullptr, WCHAR, KORV_TOKID_COLNAME, 0));
     }
     EXPECT_EQ(live + 3 * 3, heap::liveBlocks());

@@ -4,6 +4,7 @@
 
 #include "errors/chain.h"
 #include "errors/scripted_companion.h"
+#include "korv/datacnv.h"
 
 // A request for most of the address space fails here as it does with the system's own heap.
 extern "C" const char* __asan_default_options() {
@@ -113,7 +114,7 @@ TEST_F(TokenCompanion, SaysHowMuchIsAccounted) {
 TEST_F(TokenCompanion, ThatFailsIsNotNoticed) {
     companion::writes = true;
     companion::outLen = 5;
-    for (const std::int32_t status : {1, -1, 201, INT_MIN}) {
+    for (const std::int32_t status : {1, -1, int{CNV_TARGET_TOO_SMALL}, INT_MIN}) {
         companion::status = status;
         for (const Conversion& c : kConversions) {
             ASSERT_EQ(0, capture(value, c.dataType)) << c.dataType;
@@ -221,7 +222,7 @@ TEST_F(TokenCompanion, IsNotAskedForLowerCounts) {
     for (const Case& c : {Case{VARCHAR, -2}, Case{VARCHAR, -100}, Case{VARCHAR, SHRT_MIN},
                           Case{DATETIME_VARCHAR, -3}, Case{WVARCHAR, -8}, Case{WVARCHAR, SHRT_MIN},
                           Case{DATETIME_WVARCHAR, -11}}) {
-        EXPECT_EQ(-1, capture(&c.prefix, c.dataType)) << c.prefix;
+        EXPECT_EQ(KORV_FAILURE, capture(&c.prefix, c.dataType)) << c.prefix;
         EXPECT_EQ(0, companion::calls);
         EXPECT_EQ(1u, slotOf(record, 0).tokenId);
         EXPECT_EQ(nullptr, slotOf(record, 0).text);

@@ -62,10 +62,11 @@ TEST_F(TokenSlots, RefuseIdentifiersOutsideTheCatalogue) {
     heap::failAt(0);
     for (const std::uint32_t id :
          {91u, 92u, 128u, 256u, 346u, 65536u, 0x7FFFFFFFu, 0x80000000u, 0x8000005Au, 0xFFFFFFFFu}) {
-        EXPECT_EQ(1, capture(1, id)) << id;
-        EXPECT_EQ(1, TokenCaptureEAB(anchor, nullptr, INTEGER, id, 0)) << id;
-        EXPECT_EQ(1, TokenCapture(&block, nullptr, INTEGER, id, 0)) << id;
-        EXPECT_EQ(1, TokenCapture(nullptr, nullptr, INTEGER, id, 0)) << "before the block is read";
+        EXPECT_EQ(KORV_TOKEN_BAD_ID, capture(1, id)) << id;
+        EXPECT_EQ(KORV_TOKEN_BAD_ID, TokenCaptureEAB(anchor, nullptr, INTEGER, id, 0)) << id;
+        EXPECT_EQ(KORV_TOKEN_BAD_ID, TokenCapture(&block, nullptr, INTEGER, id, 0)) << id;
+        EXPECT_EQ(KORV_TOKEN_BAD_ID, TokenCapture(nullptr, nullptr, INTEGER, id, 0))
+            << "before the block is read";
     }
     EXPECT_EQ(0u, heap::allocations());
     EXPECT_EQ(0u, slotOf(record, 0).tokenId);
@@ -76,10 +77,10 @@ TEST_F(TokenSlots, RefuseIdentifiersOutsideTheCatalogue) {
 TEST_F(TokenSlots, NeedAnAnchorBeforeAnythingElse) {
     const CtrlBlkI without{};
     for (const std::uint32_t id : {0u, 1u, 90u, 91u, 0xFFFFFFFFu}) {
-        EXPECT_EQ(-1, TokenCaptureEAB(nullptr, L"x", WVARCHAR_SZ, id, 0)) << id;
+        EXPECT_EQ(KORV_FAILURE, TokenCaptureEAB(nullptr, L"x", WVARCHAR_SZ, id, 0)) << id;
     }
-    EXPECT_EQ(-1, TokenCapture(&without, L"x", WVARCHAR_SZ, 90, 0));
-    EXPECT_EQ(1, TokenCapture(&without, L"x", WVARCHAR_SZ, 91, 0));
+    EXPECT_EQ(KORV_FAILURE, TokenCapture(&without, L"x", WVARCHAR_SZ, 90, 0));
+    EXPECT_EQ(KORV_TOKEN_BAD_ID, TokenCapture(&without, L"x", WVARCHAR_SZ, 91, 0));
 }
 
 TEST_F(TokenSlots, AreReachedThroughTheBlock) {
@@ -90,7 +91,7 @@ TEST_F(TokenSlots, AreReachedThroughTheBlock) {
     EXPECT_EQ(54u, slotOf(record, 0).tokenId);
     EXPECT_STREQ(L"ab", slotOf(record, 0).text);
     EXPECT_EQ(openedBytes(2) + 12, anchor->currentSize);
-    EXPECT_EQ(3, TokenCapture(&block, "abc", DOUBLE, KORV_TOKID_CODEPAGE, 2));
+    EXPECT_EQ(KORV_TOKEN_BAD_TYPE, TokenCapture(&block, "abc", DOUBLE, KORV_TOKID_CODEPAGE, 2));
     EXPECT_EQ(90u, slotOf(record, 1).tokenId);
 }
 
@@ -137,10 +138,10 @@ TEST_F(TokenSlots, OfANegativeNumberTakeNothing) {
         ErrorRecord* const record = open(count);
         const ErrorAnchor before = *anchor;
         heap::failAt(0);
-        EXPECT_EQ(2, capture(1, KORV_TOKID_YEAR)) << count;
-        EXPECT_EQ(2, TokenCaptureEAB(anchor, nullptr, INTEGER, 0, 0)) << count;
-        EXPECT_EQ(2, TokenCaptureEAB(anchor, &before, DOUBLE, 90, 0)) << count;
-        EXPECT_EQ(1, capture(1, 91)) << "the identifier is tested first";
+        EXPECT_EQ(KORV_TOKEN_NO_SLOT, capture(1, KORV_TOKID_YEAR)) << count;
+        EXPECT_EQ(KORV_TOKEN_NO_SLOT, TokenCaptureEAB(anchor, nullptr, INTEGER, 0, 0)) << count;
+        EXPECT_EQ(KORV_TOKEN_NO_SLOT, TokenCaptureEAB(anchor, &before, DOUBLE, 90, 0)) << count;
+        EXPECT_EQ(KORV_TOKEN_BAD_ID, capture(1, 91)) << "the identifier is tested first";
         EXPECT_EQ(0u, heap::allocations());
         EXPECT_EQ(0u, slotOf(record, 0).tokenId);
         EXPECT_EQ(nullptr, slotOf(record, 0).text);
@@ -152,10 +153,10 @@ TEST_F(TokenSlots, OfANegativeNumberTakeNothing) {
 TEST_F(TokenSlots, AreUsedUpByFailedCaptures) {
     ErrorRecord* const record = open(4);
     const std::int32_t number = 7;
-    EXPECT_EQ(3, TokenCaptureEAB(anchor, &number, DOUBLE, 11, 0));
-    EXPECT_EQ(-1, TokenCaptureEAB(anchor, nullptr, INTEGER, 12, 0));
+    EXPECT_EQ(KORV_TOKEN_BAD_TYPE, TokenCaptureEAB(anchor, &number, DOUBLE, 11, 0));
+    EXPECT_EQ(KORV_FAILURE, TokenCaptureEAB(anchor, nullptr, INTEGER, 12, 0));
     heap::failAt(1);
-    EXPECT_EQ(-1, TokenCaptureEAB(anchor, &number, INTEGER, 13, 0));
+    EXPECT_EQ(KORV_FAILURE, TokenCaptureEAB(anchor, &number, INTEGER, 13, 0));
     heap::failAt(0);
     EXPECT_EQ(openedBytes(4), anchor->currentSize);
     EXPECT_EQ(openedBytes(4), anchor->largestSize);

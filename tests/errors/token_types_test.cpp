@@ -42,7 +42,8 @@ TEST_F(TokenTypes, OfNoTextFormAreRefused) {
         if (isText(code) || isCapturedNumberOrDate(code)) continue;
         slotOf(record, 0) = {};
         const auto type = static_cast<std::int16_t>(code);
-        ASSERT_EQ(3, TokenCaptureEAB(anchor, unreadable.data(), type, 90, 4)) << code;
+        ASSERT_EQ(KORV_TOKEN_BAD_TYPE, TokenCaptureEAB(anchor, unreadable.data(), type, 90, 4))
+            << code;
         ASSERT_EQ(90u, slotOf(record, 0).tokenId);
         ASSERT_EQ(nullptr, slotOf(record, 0).text);
     }
@@ -63,7 +64,8 @@ TEST_F(TokenTypes, WithATextFormNeedMemoryForIt) {
             if (!value && !isText(code)) continue;
             slotOf(record, 0) = {};
             heap::failAt(1);
-            EXPECT_EQ(-1, TokenCaptureEAB(anchor, value, static_cast<std::int16_t>(code), 1, 4))
+            EXPECT_EQ(KORV_FAILURE,
+                      TokenCaptureEAB(anchor, value, static_cast<std::int16_t>(code), 1, 4))
                 << code;
             EXPECT_EQ(1u, heap::allocations()) << code;
             EXPECT_EQ(1u, slotOf(record, 0).tokenId);

@@ -112,7 +112,7 @@ const Case kCases[] = {
         field.dataType = VARCHAR_SZ;
         EXPECT_EQ(0, CALL(KORVGetSourceDataLen, &value, &field, &length));
         EXPECT_EQ(3, length);
-        EXPECT_EQ(74, CALL(KORV_IsZeroOrZeroLength, &block, &value, &result));
+        EXPECT_EQ(KORV_CLASS_TEXT, CALL(KORV_IsZeroOrZeroLength, &block, &value, &result));
         EXPECT_STREQ("abc", target);
     },
     [](const Entry& call) {

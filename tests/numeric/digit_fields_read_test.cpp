@@ -203,8 +203,8 @@ TYPED_TEST(DigitFieldsReadTest, A257thTailCharacterMustBeZeroAndNarrowTailsEndTh
     }
     std::basic_string<Char> blanks(400, Char{' '});
     EXPECT_EQ(0, this->read(blanks.data(), 0, 256));
-    EXPECT_EQ(-1, this->read(blanks.data(), 0, 257));
-    EXPECT_EQ(-1, this->read(blanks.data(), 0, 400));
+    EXPECT_EQ(KORV_FAILURE, this->read(blanks.data(), 0, 257));
+    EXPECT_EQ(KORV_FAILURE, this->read(blanks.data(), 0, 400));
 }
 
 TYPED_TEST(DigitFieldsReadTest, ANegativeDigitCountMakesTheBlankTailLonger) {
@@ -227,7 +227,7 @@ TYPED_TEST(DigitFieldsReadTest, NothingIsReadBehindTheFirstCharacterThatIsNoDigi
         const auto field = this->text(std::string(before, '1') + 'x');
         for (int digits : {static_cast<int>(field.size()), 20, 70, 32767}) {
             Fenced<typename TypeParam::Char> copy(field, false);
-            EXPECT_EQ(-1, this->read(copy.data(), digits, digits));
+            EXPECT_EQ(KORV_FAILURE, this->read(copy.data(), digits, digits));
             EXPECT_EQ(kUntouched, this->value());
         }
     }
@@ -276,7 +276,7 @@ TEST(DigitFieldsReadWideTest, ATerminatorBehind256BlanksEndsTheFieldWhateverTheW
         Fenced<wchar_t> shorter(std::wstring_view(L"0042" + std::wstring(blanks, L' ')));
         for (int16_t width : {300, 32767}) {
             int32_t value = kUntouched;
-            EXPECT_EQ(-1, PXNumToLongW(shorter.data(), 4, width, &value)) << blanks;
+            EXPECT_EQ(KORV_FAILURE, PXNumToLongW(shorter.data(), 4, width, &value)) << blanks;
             EXPECT_EQ(kUntouched, value);
         }
     }

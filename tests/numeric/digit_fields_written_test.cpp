@@ -161,9 +161,9 @@ TYPED_TEST(DigitFieldsWrittenTest, ANegativeWidthWritesNothing) {
     const std::vector<Char> before = around;
     for (int16_t width : {-1, -2, -3, -4, -16, -100, -32767, -32768}) {
         EXPECT_EQ(0, TypeParam::write(0, width, none.data()));
-        EXPECT_EQ(-1, TypeParam::write(5, width, none.data()));
-        EXPECT_EQ(-1, TypeParam::write(-5, width, none.data()));
-        EXPECT_EQ(-1, TypeParam::write(5, width, around.data() + 32768));
+        EXPECT_EQ(KORV_FAILURE, TypeParam::write(5, width, none.data()));
+        EXPECT_EQ(KORV_FAILURE, TypeParam::write(-5, width, none.data()));
+        EXPECT_EQ(KORV_FAILURE, TypeParam::write(5, width, around.data() + 32768));
         EXPECT_TRUE(before == around) << width;
     }
     EXPECT_TRUE(none.intact());

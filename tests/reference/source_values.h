@@ -66,7 +66,7 @@ inline int32_t expectedClass(int code) {
         case DATETIME_VARCHAR:
         case DATETIME_WCHAR:
         case DATETIME_WVARCHAR:
-            return 74;
+            return KORV_CLASS_TEXT;
         case LONG_LONG:
         case U_LONG_LONG:
         case INTEGER:
@@ -79,7 +79,7 @@ inline int32_t expectedClass(int code) {
         case TINYINT:
         case UTINYINT:
         case 101:
-            return 75;
+            return KORV_CLASS_NUMBER;
         default:
             return -1;
     }

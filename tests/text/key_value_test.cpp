@@ -80,15 +80,15 @@ TEST_F(KeyValue, LengthIsOptional) {
     char output[16];
     EXPECT_EQ(0, GetKeyValue("K=v ", output, 9, nullptr, '='));
     EXPECT_STREQ("v", output);
-    EXPECT_EQ(-1, GetKeyValue("K", output, 9, nullptr, '='));
+    EXPECT_EQ(KORV_FAILURE, GetKeyValue("K", output, 9, nullptr, '='));
 }
 
 TEST_F(KeyValue, EmptyArgumentsAreRefused) {
     char output[] = "untouched";
     uint32_t length = 77;
-    EXPECT_EQ(-1, GetKeyValue(nullptr, output, 9, &length, '='));
-    EXPECT_EQ(-1, GetKeyValue("K=v", nullptr, 9, &length, '='));
-    EXPECT_EQ(-1, GetKeyValue(nullptr, nullptr, 9, nullptr, '='));
+    EXPECT_EQ(KORV_FAILURE, GetKeyValue(nullptr, output, 9, &length, '='));
+    EXPECT_EQ(KORV_FAILURE, GetKeyValue("K=v", nullptr, 9, &length, '='));
+    EXPECT_EQ(KORV_FAILURE, GetKeyValue(nullptr, nullptr, 9, nullptr, '='));
     EXPECT_STREQ("untouched", output);
     EXPECT_EQ(77u, length);
 }

@@ -75,8 +75,8 @@ TEST_F(Trim, OtherModesLeaveTheSourceCut) {
 TEST_F(Trim, EmptySourceIsRefused) {
     wchar_t work[] = L"untouched";
     uint32_t length = 77;
-    EXPECT_EQ(-1, TrimSourceW(nullptr, &length, L"-", work, 1));
-    EXPECT_EQ(-1, TrimSourceW(nullptr, &length, L"-", work, 0));
+    EXPECT_EQ(KORV_FAILURE, TrimSourceW(nullptr, &length, L"-", work, 1));
+    EXPECT_EQ(KORV_FAILURE, TrimSourceW(nullptr, &length, L"-", work, 0));
     EXPECT_STREQ(L"untouched", work);
     EXPECT_EQ(77u, length);
 }

@@ -51,7 +51,7 @@ TEST_F(XmlUnits, OfEmptyTextAreNone) {
     for (const uint8_t allocate : {0, 1}) {
         uint16_t* units = &untouched;
         heap::failAt(0);
-        EXPECT_EQ(-1, KORVGetXMLCHARFromWCHAR(L"", &units, allocate));
+        EXPECT_EQ(KORV_FAILURE, KORVGetXMLCHARFromWCHAR(L"", &units, allocate));
         EXPECT_EQ(&untouched, units);
         EXPECT_EQ(77, untouched);
         EXPECT_EQ(0u, heap::allocations());
@@ -62,7 +62,7 @@ TEST_F(XmlUnits, AreNullWhenMemoryRunsOut) {
     uint16_t other = 77;
     uint16_t* units = &other;
     heap::failAt(1);
-    EXPECT_EQ(-1, KORVGetXMLCHARFromWCHAR(L"text", &units, 1));
+    EXPECT_EQ(KORV_FAILURE, KORVGetXMLCHARFromWCHAR(L"text", &units, 1));
     EXPECT_EQ(nullptr, units);
     EXPECT_EQ(77, other);
     EXPECT_EQ(1u, heap::allocations());
