@@ -66,11 +66,11 @@ std::string workInThisLocale() {
 TEST_F(LocaleTest, EveryLocaleGivesTheSame) {
     const std::string expected = workInThisLocale();
     EXPECT_TRUE(contains(expected, "UTF-8 49 ., UTF-8 49 .")) << expected;
-    for (const char* name : locales::all) {
+    for (const char* name : locales::kAll) {
         const locales::Global locale(name);
         EXPECT_EQ(expected, workInThisLocale()) << name;
     }
-    for (const char* name : locales::all) {
+    for (const char* name : locales::kAll) {
         const locale_t locale = locales::open(name);
         const locale_t before = uselocale(locale);
         EXPECT_EQ(expected, workInThisLocale()) << name;
@@ -83,7 +83,7 @@ TEST_F(LocaleTest, AllFunctionsOfAProviderRunInTheLocaleOfTheEngine) {
     void* module = dlopen(KORV_BROKEN_PROVIDERS "/report.so", RTLD_NOW);
     ASSERT_NE(nullptr, module) << dlerror();
     {
-        const locales::Global locale(locales::turkish);
+        const locales::Global locale(locales::kTurkish);
         Mask("A = REPORT").batch({"value"});
     }
     EXPECT_STREQ("UTF-8 49 .", static_cast<char*>(dlsym(module, "KorvTestCloseLocale")));
@@ -92,8 +92,8 @@ TEST_F(LocaleTest, AllFunctionsOfAProviderRunInTheLocaleOfTheEngine) {
 
 // What a provider does to the locale of the thread ends with the call.
 TEST_F(LocaleTest, AProviderCannotChangeTheLocaleOfTheThread) {
-    const locales::Global process(locales::german);
-    const locale_t turkish = locales::open(locales::wideTurkish);
+    const locales::Global process(locales::kGerman);
+    const locale_t turkish = locales::open(locales::kWideTurkish);
     const locale_t before = uselocale(turkish);
     {
         Mask mask("A = BROKEN_LOCALE\nB = REPORT", {{"A", "B"}, 0, {KORV_BROKEN_PROVIDERS}});
@@ -106,7 +106,7 @@ TEST_F(LocaleTest, AProviderCannotChangeTheLocaleOfTheThread) {
 }
 
 TEST_F(LocaleTest, ACallThatFailsRestoresTheLocaleToo) {
-    const locale_t turkish = locales::open(locales::wideTurkish);
+    const locale_t turkish = locales::open(locales::kWideTurkish);
     const locale_t before = uselocale(turkish);
     {
         Mask wrong("A = FAILS, refuse"), aborting("A = FAILS, on-error=abort"),
