@@ -129,6 +129,16 @@ class WithoutTheEngineTest(InstallationTest):
                                  f"-DCMAKE_PREFIX_PATH={self.prefix}", fails=True)
         self.assertIn("has no masking engine libkorvmask.so.1", " ".join(message.split()))
 
+    def test_find_package_names_a_component_that_there_is_not(self):
+        self.install(*LINKED)
+        (self.folder / "asks").mkdir()
+        (self.folder / "asks/CMakeLists.txt").write_text(
+            "cmake_minimum_required(VERSION 3.21)\nproject(asks C)\n"
+            "find_package(korv-support REQUIRED COMPONENTS providers)\n")
+        message = self.configure(self.folder / "asks", "build",
+                                 f"-DCMAKE_PREFIX_PATH={self.prefix}", fails=True)
+        self.assertIn("no component providers; the only one is mask", " ".join(message.split()))
+
     def test_find_package_finds_the_other_libraries(self):
         self.install(*LINKED)
         self.check_use(self.build_by_find_package("build", f"-DCMAKE_PREFIX_PATH={self.prefix}"))
