@@ -2,9 +2,11 @@
 
 Usage: man.py XML-FOLDER LAYOUTS.json VERSION TARGET-FOLDER
 
-One page for each function, record and header, korv_NAME.3, and one for the conventions,
-korv_conventions.7. Functions that share their text, as twins do, have pages of their own. Constants,
+Pages under the names of all functions and records, korv_HEADER.3 for each header, korv.7 with a list of
+all, and korv_conventions.7. Functions that share their text, as twins do, have pages of their own. Constants,
 types, tables, and all of the C++ header are in the page of their header.
+
+Doxygen's own manual pages have neither results nor examples of a function, nor layouts of records.
 """
 import json
 import pathlib
@@ -32,10 +34,23 @@ def compounds(kind: str) -> list[Xml.Element]:
 
 def opened(name: str, section: int, purpose: str) -> Roff:
     page = Roff()
-    page.line(f'.TH korv_{name} {section} "" "korv-support {VERSION}" "korv"')
+    page.line(f'.TH {name} {section} "" "korv-support {VERSION}" "korv"')
     page.section("NAME")
-    page.line(f"korv_{name} \\- {purpose}")
+    page.line(f"{name} \\- {purpose}")
     return page
+
+
+def see_also(page: Roff, names: list[str]) -> None:
+    page.section("SEE ALSO")
+    for name in names:
+        page.line(f".BR {name} (3),")
+    page.line(".BR korv (7),")
+    page.line(".BR korv_conventions (7)")
+
+
+def stem(name: str) -> str:
+    """What the names of twins have in common: narrow and wide, 16 and 32 bits, block and anchor."""
+    return re.sub(r"(?<=To)W(?=[UL])|W$|EAB$|1$|_[24]$", "", name)
 
 
 def summary(node: Xml.Element, name: str) -> str:
@@ -51,11 +66,17 @@ def prototype(function: Xml.Element) -> str:
     return "\n".join(textwrap.wrap(text + ";", 76, subsequent_indent="    "))
 
 
-def function_page(function: Xml.Element, header: str, statuses: dict[str, int]) -> str:
+LINKS = {"mask.h": "-lkorvmask", "datacnv.h": "-lKORVDataCnvLib", "provider.h": ""}
+
+
+def function_page(function: Xml.Element, header: str, statuses: dict[str, int], twins: list[str]) -> str:
     name = function.findtext("name")
+    file = header.removeprefix("korv/")
     page = opened(name, 3, summary(function, name))
     page.section("SYNOPSIS")
     page.verbatim(f"#include <{header}>\n\n{prototype(function)}")
+    if LINKS.get(file, "-lKORVSupport"):
+        page.line(f"Link with {escaped(LINKS.get(file, '-lKORVSupport'))}.")
     page.section("DESCRIPTION")
     page.paragraphs(function.find("briefdescription"))
     page.paragraphs(function.find("detaileddescription"))
@@ -67,8 +88,8 @@ def function_page(function: Xml.Element, header: str, statuses: dict[str, int]) 
     page.line(inline(threads[0]) if threads else
               f"May run in any number of threads at once on distinct {owned}.")
     page.examples(function)
-    page.section("SEE ALSO")
-    page.line(".BR korv_conventions (7)")
+    used = re.findall(r"\w+", prototype(function))
+    see_also(page, twins + [record for record in RECORDS if record in used] + [f"korv_{file}"])
     return page.text()
 
 
@@ -97,8 +118,7 @@ def record_page(record: Xml.Element) -> str:
         page.item(f"\\fI{escaped(member.findtext('name'))}\\fR", described(member))
         if member.findtext("argsstring").startswith(")("):
             page.callback(member, pointer(member))
-    page.section("SEE ALSO")
-    page.line(".BR korv_conventions (7)")
+    see_also(page, [f"korv_{pathlib.Path(record.find('includes').text).name}"])
     return page.text()
 
 
@@ -137,7 +157,7 @@ def constants(page: Roff, defines: list[Xml.Element], enums: list[Xml.Element]) 
 def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
                 members: list[Xml.Element]) -> str:
     """What a header declares, except the functions and records that have pages of their own."""
-    page = opened(file.findtext("compoundname"), 3, summary(file, header))
+    page = opened(f"korv_{file.findtext('compoundname')}", 3, summary(file, header))
     page.section("SYNOPSIS")
     page.verbatim(f"#include <{header}>")
     if file.find("detaileddescription/para") is not None:
@@ -169,12 +189,8 @@ def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
             item(page, member)
             page.verbatim(prototype(member))
     page.examples(file)
-    page.section("SEE ALSO")
     pages = [] if classes else [member.findtext("name") for member in functions]
-    pages += [record.text for record in file.findall("innerclass") if record.text in RECORDS]
-    for name in pages:
-        page.line(f".BR korv_{name} (3),")
-    page.line(".BR korv_conventions (7)")
+    see_also(page, pages + [record.text for record in file.findall("innerclass") if record.text in RECORDS])
     return page.text()
 
 
@@ -183,9 +199,30 @@ def type_text(member: Xml.Element) -> str:
 
 
 def conventions_page() -> str:
-    page = opened("conventions", 7, "what holds for every function of the korv support library")
+    page = opened("korv_conventions", 7, "what holds for every function of the korv support library")
     page.section("DESCRIPTION")
     page.paragraphs(parse("conventions.xml").find("compounddef/detaileddescription"))
+    return page.text()
+
+
+def overview_page(headers: list[Xml.Element], functions: list[tuple[Xml.Element, str]]) -> str:
+    page = opened("korv", 7, "support library, masking engine and providers for data masking")
+    page.section("DESCRIPTION")
+    page.line("The headers, their functions and their records have manual pages of section 3.")
+    for file in headers:
+        name = file.findtext("compoundname")
+        page.subsection(f"korv_{name} (3)")
+        page.paragraphs(file.find("briefdescription"))
+        for function, header in functions:
+            if header == f"korv/{name}":
+                own = function.findtext("name")
+                page.item(f"\\fB{escaped(own)}\\fR (3)", summary(function, own))
+        for record in file.findall("innerclass"):
+            if record.text in RECORDS:
+                page.item(f"\\fB{escaped(record.text)}\\fR (3)", "a record")
+    page.section("SEE ALSO")
+    page.line(".BR korv_conventions (7),")
+    page.line(".BR korv-mask (1)")
     return page.text()
 
 
@@ -224,10 +261,12 @@ def main() -> None:
     records = [record for record in compounds("struct") if record.findtext("compoundname") in RECORDS]
     if len(records) != len(RECORDS):
         sys.exit("a record is not documented")
-    pages = {f"man3/korv_{function.findtext('name')}.3": function_page(function, header, statuses)
-             for function, header in functions}
-    pages |= {f"man3/korv_{record.findtext('compoundname')}.3": record_page(record)
-              for record in records}
+    names = [function.findtext("name") for function, _ in functions]
+    pages = {}
+    for (function, header), name in zip(functions, names):
+        twins = [other for other in names if stem(other) == stem(name) and other != name]
+        pages[f"man3/{name}.3"] = function_page(function, header, statuses, twins)
+    pages |= {f"man3/{record.findtext('compoundname')}.3": record_page(record) for record in records}
     classes = [record for record in compounds("struct") + compounds("class")
                if "::" in record.findtext("compoundname")]
     inside = [member for space in compounds("namespace") for member in space.iter("memberdef")]
@@ -238,6 +277,7 @@ def main() -> None:
         parts = (classes, inside) if name.endswith(".hpp") else ([], list(file.iter("memberdef")))
         pages[f"man3/korv_{name}.3"] = header_page(file, header, *parts)
     pages["man7/korv_conventions.7"] = conventions_page()
+    pages["man7/korv.7"] = overview_page(headers, functions)
     for path, text in pages.items():
         (target / path).write_text(text, encoding="utf-8")
     print(f"{len(functions)} functions, {len(records)} records, {len(headers)} headers, "
