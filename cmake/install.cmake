@@ -5,6 +5,11 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 include(${CMAKE_CURRENT_LIST_DIR}/path_between.cmake)
 
+# The folder of documents that a surrounding project has chosen holds that project's own README.md.
+if(NOT PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_INSTALL_DOCDIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/korv-support)
+endif()
+
 # The folder of the headers must be relative to the prefix. All others may be absolute; the installed
 # tree can be moved as a whole if they are relative.
 set(packages ${CMAKE_INSTALL_LIBDIR}/cmake/korv-support)

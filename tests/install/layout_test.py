@@ -130,6 +130,10 @@ class FoldersTest(InstallationTest):
         libraries = moved / "lib/some-linux"
         self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
 
+    def test_relative_prefix(self):
+        self.run_command("cmake", "--install", BUILD, "--prefix", "stage", "--component", "development")
+        self.assertIn(f"share/gdb/auto-load{self.prefix}/lib/korv_lines.py", self.files(self.prefix))
+
     def test_absolute_library_folder(self):
         libraries = self.folder / "libraries"
         build = self.configure_with(CMAKE_INSTALL_LIBDIR=libraries)
