@@ -100,8 +100,9 @@ def _prepare_process() -> None:
             signal.signal(number, _end)
 
 
-def main(options: argparse.Namespace) -> int:
+def main(arguments: list[str]) -> int:
     """Returns the exit status."""
+    options = _parser().parse_args(arguments)
     try:
         return convert(
             Options(
@@ -127,15 +128,14 @@ def main(options: argparse.Namespace) -> int:
 
 
 if __name__ == "__main__":
-    parsed = _parser().parse_args()
-    if parsed.input.endswith(".parquet"):
+    if any(argument.endswith(".parquet") for argument in sys.argv):
         # What a handler raises while DuckDB is being loaded would abort the process.
         with contextlib.suppress(ImportError):
             importlib.import_module("duckdb")
     _prepare_process()
     status = NOT_RUN
     try:
-        status = main(parsed)
+        status = main(sys.argv[1:])
     except _Ended:
         remove_temporaries()
     for number in _signals[:1]:
