@@ -67,6 +67,19 @@ struct Trial {
     Findings findings;
 };
 
+// Calls check(trial, value, how, outcome) with each value of the corpus, in both forms and
+// otherwise as told.
+template <class Check>
+void forEachOutcome(const Context& context, How how, Check check) {
+    Trial trial(context);
+    for (const TestValue& value : trial.corpus) {
+        for (const Form form : {Form::automatic, Form::wide}) {
+            how.form = form;
+            check(trial, value, how, trial.mask(value, how));
+        }
+    }
+}
+
 bool isAscii(const std::string& text);
 // What every call must hold to, whatever its value is; empty when it does.
 std::string outcomeFault(const Session& session, const Outcome& outcome);

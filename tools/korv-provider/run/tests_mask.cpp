@@ -188,72 +188,54 @@ void targetShort(const Context& context) {
 }
 
 void sourceFenced(const Context& context) {
-    Trial trial(context);
-    for (const TestValue& value : trial.corpus) {
-        for (const Form form : {Form::automatic, Form::wide}) {
-            How how;
-            how.form = form;
-            how.isFenced = true;
-            trial.mask(value, how);
-        }
-    }
+    How fenced;
+    fenced.isFenced = true;
+    forEachOutcome(context, fenced,
+                   [](const Trial&, const TestValue&, const How&, const Outcome&) {});
 }
 
 void targetFenced(const Context& context) {
-    Trial trial(context);
-    for (const TestValue& value : trial.corpus) {
-        for (const Form form : {Form::automatic, Form::wide}) {
-            for (const bool isFenced : {false, true}) {
-                How how;
-                how.form = form;
-                how.isFenced = isFenced;
-                if (!trial.mask(value, how).surroundingsAreIntact) {
+    for (const bool isFenced : {false, true}) {
+        How told;
+        told.isFenced = isFenced;
+        forEachOutcome(
+            context, told,
+            [](Trial& trial, const TestValue& value, const How& how, const Outcome& outcome) {
+                if (!outcome.surroundingsAreIntact) {
                     trial.findings.add("mask writes outside its target, " + with(value, how));
                 }
-            }
-        }
+            });
     }
 }
 
 void sourceUnchanged(const Context& context) {
-    Trial trial(context);
-    for (const TestValue& value : trial.corpus) {
-        for (const Form form : {Form::automatic, Form::wide}) {
-            How how;
-            how.form = form;
-            if (!trial.mask(value, how).sourceIsIntact) {
+    forEachOutcome(
+        context, {},
+        [](Trial& trial, const TestValue& value, const How& how, const Outcome& outcome) {
+            if (!outcome.sourceIsIntact) {
                 trial.findings.add("mask changes its source, " + with(value, how));
             }
-        }
-    }
+        });
 }
 
 void resultSet(const Context& context) {
-    Trial trial(context);
-    for (const TestValue& value : trial.corpus) {
-        for (const Form form : {Form::automatic, Form::wide}) {
-            How how;
-            how.form = form;
-            const Outcome& outcome = trial.mask(value, how);
+    forEachOutcome(
+        context, {},
+        [](Trial& trial, const TestValue& value, const How& how, const Outcome& outcome) {
             if (outcome.status == 0 && !outcome.isSet) {
                 trial.findings.add("mask returns 0 and sets no result, " + with(value, how));
             }
-        }
-    }
+        });
 }
 
 void resultValid(const Context& context) {
-    Trial trial(context);
-    for (const TestValue& value : trial.corpus) {
-        for (const Form form : {Form::automatic, Form::wide}) {
-            How how;
-            how.form = form;
-            const Outcome& outcome = trial.mask(value, how);
+    forEachOutcome(
+        context, {},
+        [](Trial& trial, const TestValue& value, const How& how, const Outcome& outcome) {
             if (outcome.isSet && !outcome.fault.empty()) {
                 trial.findings.add("mask returns " + outcome.fault + ", " + with(value, how));
             }
-        }
-    }
+        });
 }
 
 void maskEachAllocation(const Context& context) {
