@@ -132,7 +132,9 @@ TYPED_TEST(SwapStrings, EveryCountWithEveryLength) {
     }
 }
 
-// A memory checker sees each byte outside these blocks.
+// A memory checker sees each byte outside these blocks. The address sanitizer also reports the rest
+// of an aligned block of 16 bytes, which the library reads.
+#ifndef __SANITIZE_ADDRESS__
 TYPED_TEST(SwapStrings, AStringMayEndWithItsBlockBeforeTheCount) {
     for (std::size_t length = 0; length <= 40; ++length) {
         const auto block = std::make_unique<TypeParam[]>(length + 1);
@@ -145,6 +147,7 @@ TYPED_TEST(SwapStrings, AStringMayEndWithItsBlockBeforeTheCount) {
         EXPECT_EQ(0u, block[length]) << length;
     }
 }
+#endif
 
 TYPED_TEST(SwapStrings, ACountOfNothingReadsNothing) {
     Fenced<TypeParam> nothing(0);
