@@ -6,7 +6,8 @@
  * They apply to every function unless its own comment says otherwise.
  *
  *  1. **Results.** A function that can fail returns a signed 32-bit status. 0 means success, and so
- *     does 65 from GetDataTypeLengths. Other codes are listed in KorvStatus. Codes of the companion
+ *     does 65 from GetDataTypeLengths. Other codes are listed in KorvStatus; KORV_GetNextElement
+ *     also returns -2 and -3. Codes of the companion
  *     library are returned unchanged. Nothing is logged and nothing is thrown.
  *  2. **Failure.** On failure an output is left as it was. If members of a record have been
  *     written before the failure, the function's comment says which.

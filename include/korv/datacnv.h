@@ -16,7 +16,8 @@
  *   8859-1 character.
  *
  * Every function returns a CnvStatus. On failure the target holds nothing but a terminator (if it
- * has room for one) and *outLen is left alone. If there are several faults, the first one from the
+ * has room for one), except that of Convert16To32 and Convert32To16, which may hold the part
+ * converted so far; *outLen is left alone. If there are several faults, the first one from the
  * start of the text is reported; a target without room for a terminator, and a bad length, are
  * reported before all of them. Variable text and integers need not be aligned, because they may
  * follow a length prefix or be part of a row. All functions may run in any number of threads at
@@ -26,7 +27,7 @@
  * system's iconv knows as CPn or IBMn is available, and also
  * - 819, 28591: ISO 8859-1;
  * - 367, 20127: ASCII;
- * - 28592 - 28605: ISO 8859-2 to 8859-15;
+ * - 28592 to 28601 and 28603 to 28605: ISO 8859-2 to 8859-11 and 8859-13 to 8859-15;
  * - 1208, 65001: UTF-8, strict: no overlong forms;
  * - 1200, 1201: UTF-16, little-endian and big-endian;
  * - 12000, 12001: UTF-32, little-endian and big-endian;
