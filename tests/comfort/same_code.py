@@ -3,7 +3,8 @@
 Usage: same_code.py OBJECT-FOLDER SOURCE INCLUDE-FOLDER COMPILER [FLAG...]
 Of by_hand_X and with_header_X those instructions are compared that a program without a fault can
 reach: not the clean-up of a stack that unwinds, which the compiler sets apart. They must be the
-same, or no more than by hand and with the same calls, where only registers and order differ.
+same, or no more than by hand and with the same calls, where only registers and order differ. Counts by
+callgrind would depend on inputs, and see only the instructions that these reach.
 """
 import os
 import re
