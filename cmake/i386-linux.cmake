@@ -12,9 +12,9 @@ endif()
 if(CMAKE_CXX_COMPILER)
   set(korv_compiler ${CMAKE_CXX_COMPILER})
 endif()
-execute_process(COMMAND ${korv_compiler} -m32 -print-file-name=libgcc.a OUTPUT_VARIABLE korv_libgcc
-                ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
-if(NOT EXISTS "${korv_libgcc}" AND NOT CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
+execute_process(COMMAND ${korv_compiler} -m32 -print-file-name=libstdc++.so
+                OUTPUT_VARIABLE korv_libstdcxx ERROR_QUIET OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT EXISTS "${korv_libstdcxx}" AND NOT CMAKE_HOST_SYSTEM_PROCESSOR MATCHES "^i[3-6]86$")
   message(FATAL_ERROR "${korv_compiler} has no 32-bit run-time libraries: install g++-multilib, or build for "
                       "64 bits with cmake --preset native64")
 endif()

@@ -53,7 +53,8 @@ function(korv_shared_object target exports)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti
                                            -fno-threadsafe-statics>)
   # A zeroed block stays malloc and memset: the compiler would make it calloc, which glibc's per-thread
-  # cache does not serve (41 ns for a field and a reference converted and released, not 73). The few bytes of thread-local state need no call into the loader.
+  # cache does not serve (41 ns for a field and a reference converted and released, not 73). The few bytes
+  # of thread-local state need no call into the loader.
   target_compile_options(${target} PRIVATE -fno-builtin-malloc -ftls-model=initial-exec)
   # Otherwise the place of a function among others decides about its speed.
   target_compile_options(${target} PRIVATE -falign-functions=64)
