@@ -36,7 +36,8 @@
  *
  * A byte order mark is neither expected nor written: it is a character like any other. Narrow text
  * always ends with one zero byte, also where the units of the code page are wider.
- */
+ *
+ * @since 1.0 */
 #ifndef KORV_DATACNV_H
 #define KORV_DATACNV_H
 
@@ -67,15 +68,9 @@ typedef enum CnvStatus {
 
 /** KORVCnvCharToWVarcharSz converts fixed-length narrow text to zero-terminated wide text.
  *
- * @param      source          the bytes
- * @param      sourceLen       bytes of the source
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; NULL: each byte is one ISO 8859-1
- *                             character
+ * @param source     the bytes
+ * @param sourceLen  bytes of the source
+ * @param target,targetCapacity,outLen,options  as in all conversions of datacnv.h
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
  * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
@@ -89,15 +84,9 @@ KORV_API int32_t KORVCnvCharToWVarcharSz(const char* source, const uint32_t* sou
 /** KORVCnvVarcharToWVarcharSz converts narrow text led by a signed 16-bit byte count to
  * zero-terminated wide text.
  *
- * @param      source          the count, not necessarily aligned
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; NULL: each byte is one ISO 8859-1
- *                             character
+ * @param source     the count, not necessarily aligned
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen,options  as in all conversions of datacnv.h
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
  * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
@@ -110,15 +99,9 @@ KORV_API int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t* 
 
 /** KORVCnvVarcharSzToWVarcharSz converts zero-terminated narrow text to zero-terminated wide text.
  *
- * @param      source          the text
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         code page and flag of the text; NULL: each byte is one ISO 8859-1
- *                             character
+ * @param source     the text
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen,options  as in all conversions of datacnv.h
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
  * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
@@ -130,14 +113,10 @@ KORV_API int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t
 
 /** KORVCnvWCharToWVarcharSz converts fixed-length wide text to zero-terminated wide text.
  *
- * @param      source          the characters
- * @param      sourceLen       bytes of the source; a partial unit at its end is left out
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         not read
+ * @param source     the characters
+ * @param sourceLen  bytes of the source; a partial unit at its end is left out
+ * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
+ * @param options    not read
  * @retval CNV_SUCCESS          converted
  * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
  * @retval CNV_BAD_LENGTH       the length is negative as a signed number */
@@ -148,14 +127,10 @@ KORV_API int32_t KORVCnvWCharToWVarcharSz(const wchar_t* source, const uint32_t*
 /** KORVCnvWVarcharToWVarcharSz converts wide text led by a signed 16-bit byte count to
  * zero-terminated wide text.
  *
- * @param      source          the count; it and the text need not be aligned
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         not read
+ * @param source     the count; it and the text need not be aligned
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
+ * @param options    not read
  * @retval CNV_SUCCESS          converted
  * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit
  * @retval CNV_BAD_LENGTH       the length is negative as a signed number */
@@ -166,14 +141,10 @@ KORV_API int32_t KORVCnvWVarcharToWVarcharSz(const void* source, const uint32_t*
 /** KORVCnvIntToWVarcharSz1 converts a signed 32-bit integer, as decimal digits, to zero-terminated
  * wide text.
  *
- * @param      source          the integer, not necessarily aligned
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         not read
+ * @param source     the integer, not necessarily aligned
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
+ * @param options    not read
  * @retval CNV_SUCCESS          converted
  * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvIntToWVarcharSz1(const int32_t* source, const uint32_t* sourceLen,
@@ -183,14 +154,10 @@ KORV_API int32_t KORVCnvIntToWVarcharSz1(const int32_t* source, const uint32_t* 
 /** KORVCnvUIntToWVarcharSz converts an unsigned 32-bit integer, as decimal digits, to
  * zero-terminated wide text.
  *
- * @param      source          the integer, not necessarily aligned
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         not read
+ * @param source     the integer, not necessarily aligned
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
+ * @param options    not read
  * @retval CNV_SUCCESS          converted
  * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvUIntToWVarcharSz(const uint32_t* source, const uint32_t* sourceLen,
@@ -200,14 +167,10 @@ KORV_API int32_t KORVCnvUIntToWVarcharSz(const uint32_t* source, const uint32_t*
 /** KORVCnvSmallIntToWVarcharSz converts a signed 16-bit integer, as decimal digits, to
  * zero-terminated wide text.
  *
- * @param      source          the integer, not necessarily aligned
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         not read
+ * @param source     the integer, not necessarily aligned
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
+ * @param options    not read
  * @retval CNV_SUCCESS          converted
  * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvSmallIntToWVarcharSz(const int16_t* source, const uint32_t* sourceLen,
@@ -217,14 +180,10 @@ KORV_API int32_t KORVCnvSmallIntToWVarcharSz(const int16_t* source, const uint32
 /** KORVCnvSmallUIntToWVarcharSz converts an unsigned 16-bit integer, as decimal digits, to
  * zero-terminated wide text.
  *
- * @param      source          the integer, not necessarily aligned
- * @param      sourceLen       points to 0; not read
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
- * @param      targetCapacity  bytes of the target, terminator included; a partial unit at its end
- *                             is not used
- * @param[out] outLen          characters written, terminator not counted; left alone on failure
- * @param      options         not read
+ * @param source     the integer, not necessarily aligned
+ * @param sourceLen  points to 0; not read
+ * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
+ * @param options    not read
  * @retval CNV_SUCCESS          converted
  * @retval CNV_TARGET_TOO_SMALL the text and its terminator do not fit */
 KORV_API int32_t KORVCnvSmallUIntToWVarcharSz(const uint16_t* source, const uint32_t* sourceLen,
