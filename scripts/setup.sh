@@ -23,3 +23,8 @@ korv_install() {
 korv_setup() {
     korv_install cmake ninja-build g++ g++-multilib libcli11-dev libssl-dev python3 "$@"
 }
+
+# korv_version: the version of the package, as the headers have it.
+korv_version() {
+    sed -n 's/^#define KORV_VERSION_\(MAJOR\|MINOR\|PATCH\) \([0-9]*\).*/\2/p' include/korv/base.h | paste -sd.
+}

@@ -1,5 +1,7 @@
 /** @file
- * What every korv header includes: linkage, the block header, status codes, conventions. */
+ * What every korv header includes: linkage, the block header, status codes, conventions.
+ *
+ * @since 1.0 */
 
 /** @page conventions Conventions
  *
@@ -39,7 +41,7 @@
 
 /** Version of the package, also for the preprocessor. */
 #define KORV_VERSION_MAJOR 1
-#define KORV_VERSION_MINOR 0 /**< of the package */
+#define KORV_VERSION_MINOR 1 /**< of the package */
 #define KORV_VERSION_PATCH 0 /**< of the package */
 /** The version as one number that grows from release to release: 0x010203 for 1.2.3. */
 #define KORV_VERSION_NUM (KORV_VERSION_MAJOR << 16 | KORV_VERSION_MINOR << 8 | KORV_VERSION_PATCH)

@@ -11,7 +11,8 @@
  *   1. zero-fill a CtrlBlkX and a SvcDefX taken from malloc()
  *   2. KORVCnvCtrlBlkFromIToX, then KORVCnvSvcDefFromIToX with the converted block
  *   3. CleanSvcDefX, CleanCtrlBlkX
- */
+ *
+ * @since 1.0 */
 #ifndef KORV_CTRLBLK_H
 #define KORV_CTRLBLK_H
 

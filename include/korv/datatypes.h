@@ -6,7 +6,8 @@
  * length prefix; wide variable text counts bytes there), and terminated (the _SZ types). The W
  * types hold 4-byte units. "The twelve text types" are CHAR to WVARCHAR_SZ and the six DATETIME_
  * types.
- */
+ *
+ * @since 1.0 */
 #ifndef KORV_DATATYPES_H
 #define KORV_DATATYPES_H
 

@@ -7,7 +7,8 @@
  *   3. read the chain from head; TermErrors; clear errorAnchor
  *
  * An anchor belongs to one request and one thread at a time.
- */
+ *
+ * @since 1.0 */
 #ifndef KORV_ERRORS_H
 #define KORV_ERRORS_H
 

@@ -1,6 +1,8 @@
 /** @file
  * The whole support library: every module's header. The companion conversion library has a header
- * of its own, korv/datacnv.h. The conventions are in korv/base.h. */
+ * of its own, korv/datacnv.h. The conventions are in korv/base.h.
+ *
+ * @since 1.0 */
 #ifndef KORV_KORV_H
 #define KORV_KORV_H
 

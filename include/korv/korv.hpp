@@ -19,7 +19,9 @@
  * @endcode
  *
  * The functions of the companion library are declared in korv/datacnv.h. Include it yourself if you
- * call them. */
+ * call them.
+ *
+ * @since 1.0 */
 #ifndef KORV_KORV_HPP
 #define KORV_KORV_HPP
 

@@ -40,7 +40,9 @@
  * members it knows; all other records are made by the library.
  *
  * Providers are not trusted: what they return is checked before it is used. They run in the
- * process, however, so load only modules that you would also run as programs. */
+ * process, however, so load only modules that you would also run as programs.
+ *
+ * @since 1.1 */
 #ifndef KORV_MASK_H
 #define KORV_MASK_H
 

@@ -5,7 +5,8 @@
  * A digit field is a run of decimal digits of a given width, most significant first, with leading
  * zeros, without sign or point. Functions whose names end in W are the wide counterparts of
  * those without it.
- */
+ *
+ * @since 1.0 */
 #ifndef KORV_NUMERIC_H
 #define KORV_NUMERIC_H
 

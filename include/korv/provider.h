@@ -18,7 +18,8 @@
  *
  * Versions 2 and 3 append members to PrvCall and PrvEntry. Modules built for an earlier version are
  * loaded as before: what they know of the records is unchanged.
- */
+ *
+ * @since 1.1 */
 #ifndef KORV_PROVIDER_H
 #define KORV_PROVIDER_H
 

@@ -47,7 +47,9 @@
  *   - `static constexpr const char* kSampleRules[] = {"STARS, keep=2"}` are rules to try the
  * provider with: the text after `COLUMN =`.
  *
- * The header needs the support library and the C++ run-time library. */
+ * The header needs the support library and the C++ run-time library.
+ *
+ * @since 1.1 */
 #ifndef KORV_PROVIDER_HPP
 #define KORV_PROVIDER_HPP
 

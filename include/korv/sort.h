@@ -1,5 +1,7 @@
 /** @file
- * Sorting: an array quicksort with a context argument and a direction. */
+ * Sorting: an array quicksort with a context argument and a direction.
+ *
+ * @since 1.0 */
 #ifndef KORV_SORT_H
 #define KORV_SORT_H
 

@@ -1,6 +1,8 @@
 /** @file
  * Text: case conversion and comparison, parsing helpers, Unicode units, byte order and bit
- * order. */
+ * order.
+ *
+ * @since 1.0 */
 #ifndef KORV_TEXT_H
 #define KORV_TEXT_H
 

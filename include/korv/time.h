@@ -2,7 +2,9 @@
  * Dates and time: local time stamps, the current time as an ODBC timestamp, whole-day differences,
  * and the February clamp.
  *
- * Local time follows the process's time zone, which is read again by every call. */
+ * Local time follows the process's time zone, which is read again by every call.
+ *
+ * @since 1.0 */
 #ifndef KORV_TIME_H
 #define KORV_TIME_H
 

@@ -6,7 +6,8 @@
  * - 0 marks an unused token slot;
  * - 55 keeps its place between the lists so that later numbers stand; it has no constant;
  * - 91 is KORV_TOKID_COUNT, the number of entries before it; from here on nothing is a token.
- */
+ *
+ * @since 1.0 */
 #ifndef KORV_TOKENS_H
 #define KORV_TOKENS_H
 
