@@ -1,10 +1,10 @@
 """Manual pages out of Doxygen's XML, and the check that every status is documented.
 
-Usage: man.py XML-FOLDER LAYOUTS.json VERSION TARGET-FOLDER
+Usage: man.py XML-FOLDER LAYOUTS.json VERSION DATE TARGET-FOLDER
 
-Pages under the names of all functions and records, korv_HEADER.3 for each header, korv.7 with a list of
-all, and korv_conventions.7. Functions that share their text, as twins do, have pages of their own. Constants,
-types, tables, and all of the C++ header are in the page of their header.
+Pages under the names of all functions, records, enumerations, callbacks and tables, korv_HEADER.3 for each
+header, korv.7 with a list of all, and korv_conventions.7. Functions that share their text, as twins do, have pages
+of their own. Macros, further types, and all of the C++ headers are in the page of their header.
 
 Doxygen's own manual pages have neither results nor examples of a function, nor layouts of records.
 """
@@ -17,9 +17,12 @@ import xml.etree.ElementTree as Xml
 
 from roff import Roff, escaped, inline
 
-XML, LAYOUTS, VERSION, TARGET = sys.argv[1:]
+XML, LAYOUTS, VERSION, DATE, TARGET = sys.argv[1:]
 # The enumerations of the values that functions return.
 STATUSES = ("KorvStatus", "CnvStatus", "KorvProcessingClass", "KorvMaskStatus")
+# Since which version each header exists, and the types of callbacks. main fills them.
+SINCE: dict[str, str] = {}
+CALLBACKS: set[str] = set()
 RECORDS = json.loads(pathlib.Path(LAYOUTS).read_text(encoding="utf-8"))
 
 
@@ -34,7 +37,7 @@ def compounds(kind: str) -> list[Xml.Element]:
 
 def opened(name: str, section: int, purpose: str) -> Roff:
     page = Roff()
-    page.line(f'.TH {name} {section} "" "korv-support {VERSION}" "korv"')
+    page.line(f'.TH {name} {section} "{DATE}" "korv-support {VERSION}" "korv"')
     page.section("NAME")
     page.line(f"{name} \\- {purpose}")
     return page
@@ -66,6 +69,11 @@ def prototype(function: Xml.Element) -> str:
     return "\n".join(textwrap.wrap(text + ";", 76, subsequent_indent="    "))
 
 
+def history(page: Roff, header: str) -> None:
+    page.section("HISTORY")
+    page.line(f"Since version {SINCE[header]}.")
+
+
 LINKS = {"mask.h": "-lkorvmask", "datacnv.h": "-lKORVDataCnvLib", "provider.h": ""}
 
 
@@ -88,9 +96,41 @@ def function_page(function: Xml.Element, header: str, statuses: dict[str, int], 
     page.line(inline(threads[0]) if threads else
               f"May run in any number of threads at once on distinct {owned}.")
     page.examples(function)
-    used = re.findall(r"\w+", prototype(function))
-    see_also(page, twins + [record for record in RECORDS if record in used] + [f"korv_{file}"])
+    history(page, header)
+    see_also(page, twins + types_in(prototype(function)) + [f"korv_{file}"])
     return page.text()
+
+
+def types_in(text: str) -> list[str]:
+    """The records and callbacks that a declaration names."""
+    return [name for name in (*RECORDS, *CALLBACKS) if re.search(rf"\b{name}\b", text)]
+
+
+def small_page(member: Xml.Element, header: str, users: list[str]) -> str:
+    """The page of an enumeration, of the type of a callback, or of a table."""
+    name = member.findtext("name")
+    page = opened(name, 3, summary(member, name))
+    page.section("SYNOPSIS")
+    kind = member.get("kind")
+    declaration = {"enum": lambda: f"enum {name}", "typedef": lambda: f"typedef {pointer(member)}",
+                   "variable": lambda: variable(member)}[kind]()
+    page.verbatim(f"#include <{header}>\n\n{declaration}")
+    page.section("DESCRIPTION")
+    page.paragraphs(member.find("briefdescription"))
+    page.paragraphs(member.find("detaileddescription"))
+    if kind == "enum":
+        page.section("VALUES")
+        enum_values(page, member)
+    page.parameters("PARAMETERS", member, "param", {})
+    page.results(member, {})
+    history(page, header)
+    others = [other for other in users + types_in(declaration) if other != name]
+    see_also(page, others + [f"korv_{header.removeprefix('korv/')}"])
+    return page.text()
+
+
+def variable(member: Xml.Element) -> str:
+    return f"{type_text(member)} {member.findtext('name')}{member.findtext('argsstring')};"
 
 
 def pointer(member: Xml.Element) -> str:
@@ -118,6 +158,7 @@ def record_page(record: Xml.Element) -> str:
         page.item(f"\\fI{escaped(member.findtext('name'))}\\fR", described(member))
         if member.findtext("argsstring").startswith(")("):
             page.callback(member, pointer(member))
+    history(page, f"korv/{record.find('includes').text.removeprefix('korv/')}")
     see_also(page, [f"korv_{pathlib.Path(record.find('includes').text).name}"])
     return page.text()
 
@@ -135,8 +176,16 @@ def item(page: Roff, member: Xml.Element, value: str = "") -> None:
     page.item(f"\\fI{escaped(full_name(member))}\\fR{escaped(value)}", described(member))
 
 
+def enum_values(page: Roff, enum: Xml.Element) -> None:
+    number = -1
+    for value in enum.iter("enumvalue"):
+        given = value.findtext("initializer")
+        number = int(given.strip("= ()")) if given else number + 1
+        item(page, value, f" ({number})")
+
+
 def constants(page: Roff, defines: list[Xml.Element], enums: list[Xml.Element]) -> None:
-    """Macros that stand for a value, and enumerations."""
+    """Macros that stand for a value, and enumerations of C++."""
     plain = [member for member in defines
              if member.find("param") is None and member.find("initializer") is not None
              and "attribute" not in member.findtext("initializer")]
@@ -147,11 +196,7 @@ def constants(page: Roff, defines: list[Xml.Element], enums: list[Xml.Element]) 
     for enum in enums:
         page.subsection(full_name(enum))
         page.line(described(enum))
-        number = -1
-        for value in enum.iter("enumvalue"):
-            given = value.findtext("initializer")
-            number = int(given.strip("= ()")) if given else number + 1
-            item(page, value, f" ({number})")
+        enum_values(page, enum)
 
 
 def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
@@ -167,9 +212,9 @@ def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
     def of(kind: str) -> list[Xml.Element]:
         return [member for member in members if member.get("kind") == kind]
 
-    constants(page, of("define"), of("enum"))
-    types = [member for member in of("typedef")
-             if not re.match(r"(struct|enum|char)\b", type_text(member))]
+    constants(page, of("define"), of("enum") if classes else [])
+    types = [member for member in of("typedef") if member.findtext("name") not in CALLBACKS and
+             not re.match(r"(struct|enum|char)\b", type_text(member))]
     if types or classes:
         page.section("TYPES")
     for member in classes:
@@ -177,11 +222,6 @@ def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
     for member in types:
         item(page, member)
         page.verbatim(type_text(member) + (member.findtext("argsstring") or ""))
-    if of("variable"):
-        page.section("TABLES")
-    for member in of("variable"):
-        item(page, member)
-        page.verbatim(f"{type_text(member)} {member.findtext('name')}{member.findtext('argsstring')}")
     functions = of("function")
     if classes:
         page.section("FUNCTIONS")
@@ -189,9 +229,16 @@ def header_page(file: Xml.Element, header: str, classes: list[Xml.Element],
             item(page, member)
             page.verbatim(prototype(member))
     page.examples(file)
-    pages = [] if classes else [member.findtext("name") for member in functions]
+    pages = [] if classes else [member.findtext("name") for member in functions + small(members)]
+    history(page, header)
     see_also(page, pages + [record.text for record in file.findall("innerclass") if record.text in RECORDS])
     return page.text()
+
+
+def small(members: list[Xml.Element]) -> list[Xml.Element]:
+    """The enumerations, types of callbacks and tables among the members of a header."""
+    return [member for member in members
+            if member.get("kind") in ("enum", "variable") or member.findtext("name") in CALLBACKS]
 
 
 def type_text(member: Xml.Element) -> str:
@@ -220,10 +267,21 @@ def overview_page(headers: list[Xml.Element], functions: list[tuple[Xml.Element,
         for record in file.findall("innerclass"):
             if record.text in RECORDS:
                 page.item(f"\\fB{escaped(record.text)}\\fR (3)", "a record")
+        for member in small(list(file.iter("memberdef"))) if name.endswith(".h") else []:
+            own = member.findtext("name")
+            page.item(f"\\fB{escaped(own)}\\fR (3)", summary(member, own))
     page.section("SEE ALSO")
     page.line(".BR korv_conventions (7),")
     page.line(".BR korv-mask (1)")
     return page.text()
+
+
+def uses(function: Xml.Element, member: Xml.Element) -> bool:
+    """The function takes the type, or the values of the enumeration are among its results."""
+    values = {value.findtext("name") for value in member.iter("enumvalue")}
+    results = {code.text for part in function.iter("parameterlist") if part.get("kind") == "retval"
+               for code in part.iter("parametername")}
+    return bool(values & results) or member.findtext("name") in prototype(function)
 
 
 def check(functions: list[tuple[Xml.Element, str]], statuses: dict[str, int]) -> list[str]:
@@ -239,6 +297,8 @@ def check(functions: list[tuple[Xml.Element, str]], statuses: dict[str, int]) ->
         faults += [f"{name}: there is no status {code}" for code in codes
                    if code not in statuses and not code.lstrip("-").isdigit()]
         used.update(codes)
+        if function.find(".//programlisting") is None:
+            faults.append(f"{name}: docs/reference/examples has no example")
     return faults + [f"{code}: no function returns it" for code in statuses
                      if code not in used and not code.startswith("KORV_TOKID_")]
 
@@ -258,6 +318,14 @@ def main() -> None:
     faults = check(functions, statuses)
     if faults or not functions:
         sys.exit("\n".join(faults) or "no functions")
+    headers = [file for file in files if file.findtext("compoundname").endswith((".h", ".hpp"))]
+    for file in headers:
+        since = next((part for part in file.iter("simplesect") if part.get("kind") == "since"), None)
+        if since is None:
+            sys.exit(f"{file.findtext('compoundname')}: does not say since which version it exists")
+        SINCE[f"korv/{file.findtext('compoundname')}"] = inline(since.find("para"))
+        CALLBACKS.update(member.findtext("name") for member in file.iter("memberdef")
+                         if member.get("kind") == "typedef" and type_text(member).endswith("(*"))
     records = [record for record in compounds("struct") if record.findtext("compoundname") in RECORDS]
     if len(records) != len(RECORDS):
         sys.exit("a record is not documented")
@@ -270,12 +338,15 @@ def main() -> None:
     classes = [record for record in compounds("struct") + compounds("class")
                if "::" in record.findtext("compoundname")]
     inside = [member for space in compounds("namespace") for member in space.iter("memberdef")]
-    headers = [file for file in files if file.findtext("compoundname").endswith((".h", ".hpp"))]
     for file in headers:
         name = file.findtext("compoundname")
         header = file.find("location").get("file").removeprefix("include/")
         parts = (classes, inside) if name.endswith(".hpp") else ([], list(file.iter("memberdef")))
         pages[f"man3/korv_{name}.3"] = header_page(file, header, *parts)
+        for member in small(parts[1]) if name.endswith(".h") else []:
+            users = [function.findtext("name") for function, _ in functions
+                     if uses(function, member)]
+            pages[f"man3/{member.findtext('name')}.3"] = small_page(member, header, users)
     pages["man7/korv_conventions.7"] = conventions_page()
     pages["man7/korv.7"] = overview_page(headers, functions)
     for path, text in pages.items():

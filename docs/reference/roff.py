@@ -84,7 +84,7 @@ class Roff:
         if lists and name:
             self.section(name)
         for entry in (entry for part in lists for entry in part.findall("parameteritem")):
-            key = entry.findtext("parameternamelist/parametername")
+            key = ", ".join(name.text for name in entry.iter("parametername"))
             value = f" ({values[key]})" if key in values else ""
             text = " ".join(inline(para) for para in entry.findall("parameterdescription/para"))
             self.item(f"\\fI{escaped(key)}\\fR{escaped(value)}", text)

@@ -117,8 +117,8 @@ KORV_API int32_t StringWNCaseCompare(const wchar_t* first, const wchar_t* second
  * @return the index after the delimiter
  * @retval -1 the element was the last
  * @retval -2 there is no element: *length is 0, `output` is left alone
- * @retval -3 a quote that is not allowed there: `output` and *length hold what was copied so far, not
- *            terminated */
+ * @retval -3 a quote that is not allowed there: `output` and *length hold what was copied so
+ *            far, not terminated */
 KORV_API int32_t KORV_GetNextElement(const wchar_t* source, wchar_t* output, uint32_t* length,
                                      wchar_t delimiter, uint32_t ignored, uint32_t start);
 
