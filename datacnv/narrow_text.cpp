@@ -1,4 +1,7 @@
 // Narrow text to zero-terminated wide text, and back.
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <cwchar>
 
 #include "code_page.h"
@@ -51,8 +54,10 @@ int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t*, wchar_t*
 int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t*, wchar_t* target,
                                      uint32_t targetCapacity, uint32_t* outLen,
                                      const CnvOptions* options) {
-    return widenText(source, static_cast<int32_t>(std::strlen(source)), target, targetCapacity,
-                     outLen, options);
+    // 2 GiB and more become a bad length.
+    const auto length =
+        static_cast<int32_t>(std::min<std::size_t>(std::strlen(source), UINT32_MAX));
+    return widenText(source, length, target, targetCapacity, outLen, options);
 }
 
 int32_t KORVCnvWVarcharSzToVarcharSz(const wchar_t* source, const uint32_t* sourceLen, char* target,

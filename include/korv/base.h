@@ -5,16 +5,16 @@
 
 /** @page conventions Conventions
  *
- * They apply to every function unless its own comment says otherwise.
+ * These conventions apply to every function unless its own comment says otherwise.
  *
- *  1. **Results.** A function that can fail returns a signed 32-bit status. 0 means success, and so
- *     does 65 from GetDataTypeLengths. Other codes are listed in KorvStatus; KORV_GetNextElement
- *     also returns -2 and -3. Codes of the companion
- *     library are returned unchanged. Nothing is logged and nothing is thrown.
+ *  1. **Results.** Most functions return a signed 32-bit status. 0 means success, and so does 65
+ *     from GetDataTypeLengths. The other codes are listed in KorvStatus, for the masking engine in
+ *     KorvMaskStatus. Codes of the companion library are returned unchanged. A function that
+ *     returns a number, an index or a class says so. Nothing is logged and nothing is thrown.
  *  2. **Failure.** On failure an output is left as it was. If members of a record have been
  *     written before the failure, the function's comment says which.
- *  3. **NULL.** A function tests a pointer for NULL only where its comment lists a status for that;
- *     every other pointer must be valid. "Empty" means an empty string or list, never NULL.
+ *  3. **NULL.** A pointer may be NULL only where the function's comment says so or lists a status
+ *     for it; every other pointer must be valid. "Empty" means an empty string or list, never NULL.
  *  4. **Lengths.** A length counts bytes or characters. A character is one unit of the text: 1 byte
  *     in narrow text, 4 bytes (wchar_t) in wide text. A length passed with a buffer is trusted.
  *  5. **Ownership.** The caller owns what it passes. Records, texts and buffers that the library
@@ -22,9 +22,11 @@
  *     or says that the caller uses free().
  *  6. **Threads.** The library has no threads and no locks. Every function may run in any number of
  *     threads at once on distinct records and buffers, except KORVRandomValue.
- *  7. **Stack.** Every function may be entered with a stack that is aligned to 4 bytes only, and in
- *     a thread with a stack of 16 KiB.
- *  8. **Locale.** The library never sets one. Functions that follow the host's locale say so.
+ *  7. **Stack.** In the 32-bit build, every function of the support library and of the companion
+ *     library may be called with a stack that is aligned to 4 bytes only, and in a thread with a
+ *     stack of 16 KiB. The 64-bit build needs the 16-byte alignment of its ABI.
+ *  8. **Locale.** The support library never sets a locale. Functions that follow the locale of the
+ *     process say so.
  */
 #ifndef KORV_BASE_H
 #define KORV_BASE_H
@@ -32,7 +34,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/* pkg-config says for which pointers an installed library is made: records differ in size. */
+/* The flags of pkg-config name the pointer size of the installed library: the sizes of records
+ * depend on it. */
 #if defined(KORV_POINTER_BYTES) && defined(__SIZEOF_POINTER__)
 #if KORV_POINTER_BYTES != __SIZEOF_POINTER__
 #error "the installed korv library is made for the other word size: compile with -m32 (or -m64)"
@@ -47,9 +50,10 @@
 #define KORV_VERSION_NUM (KORV_VERSION_MAJOR << 16 | KORV_VERSION_MINOR << 8 | KORV_VERSION_PATCH)
 
 #if defined(__GNUC__)
-/** Before the declaration of what the library exports. */
+/** Marks a declaration as exported. */
 #define KORV_API __attribute__((visibility("default")))
-/** After the declarator of a constant of which each module has a copy, used or not. */
+/** Follows the declarator of a constant that is copied into each module, and avoids a warning where
+ * the copy is not used. */
 #define KORV_UNUSED __attribute__((unused))
 #else
 #define KORV_API
@@ -60,32 +64,33 @@
 extern "C" {
 #endif
 
-/** Wide text is made of 4-byte units; a compiler option that narrows wchar_t would break every
- * record that holds wide text. */
+/** Compile-time check that wchar_t has 4 bytes. With a compiler option that narrows it, every
+ * record that holds wide text would be wrong. */
 typedef char korv_wchar_has_4_bytes[sizeof(wchar_t) == 4 ? 1 : -1];
 
 /** Every status of the library. The numbers are stored by callers and never change. */
 typedef enum KorvStatus {
-    KORV_FAILURE = -1,       /**< an argument is NULL, or the step that the comment names failed */
-    KORV_SUCCESS = 0,        /**< done */
-    KORV_TOKEN_BAD_ID = 1,   /**< token identifier outside the catalogue */
-    KORV_TOKEN_NO_SLOT = 2,  /**< the newest error record takes no tokens */
-    KORV_TOKEN_BAD_TYPE = 3, /**< a value of this data type cannot be captured */
-    KORV_TYPE_NO_FIELD = 48, /**< the field definition is NULL */
-    KORV_TYPE_UNKNOWN = 49,  /**< no such data type, or one without a size */
-    KORV_TYPE_VARIABLE = 50, /**< the length depends on the value */
-    KORV_TYPE_DATETIME = 65, /**< success: the length of a date and time held as text */
-    KORV_NO_MEMORY_WIDE_VALUE = 78,   /**< wide operand text or wide value */
-    KORV_BAD_VALUE_LENGTH = 82,       /**< negative length of an operand's text value */
-    KORV_BAD_TEXT_LENGTH = 83,        /**< zero or negative length of a narrow field text */
-    KORV_NO_MEMORY_WIDE_TEXT = 84,    /**< wide field text */
-    KORV_NO_MEMORY_NARROW_TEXT = 85,  /**< narrow field text */
-    KORV_NO_MEMORY_NARROW_VALUE = 89, /**< narrow operand value */
-    KORV_NO_MEMORY_FIELD = 99,        /**< X field definition */
-    KORV_NO_MEMORY_REFERENCE = 100,   /**< X field reference node */
-    KORV_NO_MEMORY_OPERAND = 102,     /**< X operand definition */
-    KORV_NO_MEMORY_BUFFER = 106,      /**< work buffer; the caller's pointer is now NULL */
-    KORV_BAD_BUFFER_SIZE = 107        /**< work buffer of less than 1 byte */
+    KORV_FAILURE = -1, /**< The call failed as the function's comment says, for example because of a
+                        * NULL argument; from a function that answers a question: no. */
+    KORV_SUCCESS = 0,  /**< The call succeeded; from a function that answers a question: yes. */
+    KORV_TOKEN_BAD_ID = 1,   /**< The token identifier is outside the catalogue. */
+    KORV_TOKEN_NO_SLOT = 2,  /**< The newest error record takes no tokens. */
+    KORV_TOKEN_BAD_TYPE = 3, /**< A value of this data type cannot be captured. */
+    KORV_TYPE_NO_FIELD = 48, /**< The field definition is NULL. */
+    KORV_TYPE_UNKNOWN = 49,  /**< The data type is unknown, or has no size. */
+    KORV_TYPE_VARIABLE = 50, /**< The length depends on the value. */
+    KORV_TYPE_DATETIME = 65, /**< The call succeeded: the type is a date and time held as text. */
+    KORV_NO_MEMORY_WIDE_VALUE = 78,   /**< There is no memory for operand text or a wide value. */
+    KORV_BAD_VALUE_LENGTH = 82,       /**< The length of an operand's text value is negative. */
+    KORV_BAD_TEXT_LENGTH = 83,        /**< The length of a narrow field text is zero or negative. */
+    KORV_NO_MEMORY_WIDE_TEXT = 84,    /**< There is no memory for wide field text. */
+    KORV_NO_MEMORY_NARROW_TEXT = 85,  /**< There is no memory for narrow field text. */
+    KORV_NO_MEMORY_NARROW_VALUE = 89, /**< There is no memory for a narrow operand value. */
+    KORV_NO_MEMORY_FIELD = 99,      /**< There is no memory for a field definition of the X form. */
+    KORV_NO_MEMORY_REFERENCE = 100, /**< There is no memory for a field reference of the X form. */
+    KORV_NO_MEMORY_OPERAND = 102,   /**< There is no memory for an operand of the X form. */
+    KORV_NO_MEMORY_BUFFER = 106,    /**< There is no memory for a work buffer, now NULL. */
+    KORV_BAD_BUFFER_SIZE = 107      /**< The size of a work buffer is less than 1 byte. */
 } KorvStatus;
 
 /** The version that every record written by the library carries. */
@@ -95,7 +100,7 @@ typedef enum KorvStatus {
 typedef struct BlockHeader {
     char eyeCatcher[4]; /**< not terminated */
     uint16_t version;   /**< KORV_BLOCK_VERSION */
-    uint16_t length;    /**< size of the record in bytes */
+    uint16_t length; /**< size of the record in bytes; of an ErrorRecord the size with one slot */
 } BlockHeader;
 
 #ifdef __cplusplus

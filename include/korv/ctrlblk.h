@@ -5,7 +5,11 @@
  * The framework builds a request in the I form; the library turns it into the X form that providers
  * read, and releases the X form again. Members marked "carried" belong to the framework and its
  * providers: the library moves them and gives them no meaning. An X record shares the text buffers
- * of the I record that it was made from; releasing it leaves them alone.
+ * of the I record that it was made from; releasing it leaves them alone. The I record and its texts
+ * must therefore live as long as the X record.
+ *
+ * The sizes of records, and the lengths in their headers, are given for the 32-bit build. In the
+ * 64-bit build the headers carry 64 (FLDX), 72 (BLKX), 96 (OPRX) and 40 (SVCX).
  *
  * Order of calls for a request:
  *   1. zero-fill a CtrlBlkX and a SvcDefX taken from malloc()
@@ -26,10 +30,11 @@ struct ErrorAnchor;
 
 /* ---- Records of a request -------------------------------------------------------------------- */
 
-/** Field definition, I form: one data item that a provider works on. 56 bytes. */
+/** Field definition, I form: one data item that a provider works on. 56 bytes (72 in the 64-bit
+ * build). */
 typedef struct FieldDefI {
     struct FieldDefI* link; /**< next field definition; NULL at the end */
-    BlockHeader header;     /**< the framework's; never read */
+    BlockHeader header;     /**< the framework's; only DuplicateFieldDefI copies it */
     int16_t dataType;       /**< data type code, korv/datatypes.h */
     uint32_t length;        /**< declared length; characters for character types */
     uint32_t fldValue1;     /**< carried */
@@ -39,7 +44,7 @@ typedef struct FieldDefI {
     uint32_t fldExtra;      /**< I form only; not copied into the X form */
     wchar_t* wideText;      /**< zero-terminated; owned by this record */
     char* narrowText;       /**< the same text, terminated, or NULL when the source was wide */
-    int32_t wideTextLen;    /**< bytes of the wideText buffer, terminator included */
+    int32_t wideTextLen;    /**< bytes of wideText, terminator included; its buffer may be larger */
     int32_t narrowTextLen;  /**< bytes of the narrowText buffer, terminator included */
 } FieldDefI;
 
@@ -63,13 +68,14 @@ typedef struct FieldDefX {
 typedef struct FieldRefI {
     struct FieldRefI* link; /**< next reference; NULL at the end */
     int16_t fieldPos;       /**< position in the field list, from 0 */
-    FieldDefI* fieldDef;    /**< the field there; read by KORV_IsZeroOrZeroLength, not converted */
+    FieldDefI* fieldDef;    /**< the field at this position. KORV_IsZeroOrZeroLength reads it in the
+                             * embedded node; the conversion does not */
 } FieldRefI;
 
 /** Field reference, X form. */
 typedef struct FieldRefX {
     struct FieldRefX* link; /**< next reference; NULL at the end */
-    uint16_t fieldPos;      /**< position in the field list, as the I form has it */
+    uint16_t fieldPos;      /**< the low 16 bits of FieldRefI::fieldPos: -1 becomes 65535 */
     FieldDefX* fieldDef;    /**< borrowed from the block's field list */
 } FieldRefX;
 
@@ -114,7 +120,8 @@ typedef struct CtrlBlkX {
     FieldRefX fieldRefs;  /**< first reference node; the others, owned, hang from its link */
 } CtrlBlkX;
 
-/** What OprDef::valueKind says of an operand's value. Any other kind has an opaque 32-bit value. */
+/** Kinds of an operand's value (OprDef::valueKind). Any other kind means an opaque 32-bit value in
+ * otherValue. */
 typedef enum OprValueKind {
     OPR_VALUE_NONE = 0,    /**< no value */
     OPR_VALUE_INTEGER = 1, /**< intValue */
@@ -128,11 +135,11 @@ typedef struct OprDef {
     struct OprDef* link;     /**< next operand; NULL at the end */
     BlockHeader header;      /**< X form: "OPRX", 21, 72 */
     uint16_t oprCode;        /**< carried */
-    wchar_t* oprText;        /**< zero-terminated; owned by the I record */
+    wchar_t* oprText;        /**< owned by the I record */
     uint32_t oprValue1;      /**< carried */
     uint8_t oprFlag;         /**< carried */
     uint32_t oprValue2;      /**< carried */
-    uint32_t oprTextLen;     /**< bytes of the oprText buffer */
+    uint32_t oprTextLen;     /**< bytes of oprText */
     int32_t valueKind;       /**< OprValueKind */
     uint8_t valueFlag;       /**< conversion flag of a narrow value */
     int32_t valueCodePage;   /**< of a narrow value, as given, or KORV_CODEPAGE_NOT_GIVEN */
@@ -141,7 +148,7 @@ typedef struct OprDef {
     uint32_t intValue;       /**< kind 1 */
     wchar_t* wideValue;      /**< kinds 2 and 3; zero-terminated; owned by the I record */
     char* narrowValue;       /**< kind 3; zero-terminated; owned by the I record */
-    uint32_t otherValue;     /**< any kind but 0 to 3 */
+    uint32_t otherValue;     /**< value of any kind other than 0 to 3 */
 } OprDef;
 typedef OprDef OprDefI; /**< an operand in the framework's list */
 typedef OprDef OprDefX; /**< an operand in the provider's list */
@@ -173,23 +180,25 @@ typedef struct SvcDefX {
 
 /* ---- The framework's descriptions ------------------------------------------------------------ */
 
-/** TextDesc::codePage when the text does not say its code page. */
+/** Value of TextDesc::codePage when no code page is given. */
 #define KORV_CODEPAGE_NOT_GIVEN INT32_MIN
 
-/** Text descriptor. Which member of head is meant depends on the text's mode. */
+/** Text descriptor. In a wide text (FieldDesc with a wide mode, OPR_VALUE_WIDE, ParamDesc::oprText)
+ * head holds wideText; in a narrow text (KORV_TEXT_NARROW, OPR_VALUE_NARROW) it holds flag. */
 typedef struct TextDesc {
-    /** A text, or what is to be known of its narrow form. */
+    /** Pointer to the wide text, or conversion flag of the narrow text. */
     union {
         const wchar_t* wideText; /**< wide text */
         uint8_t flag;            /**< narrow text: the conversion flag, in the first byte */
-    } head;                      /**< by the text's mode */
+    } head;                      /**< see the record */
     int32_t codePage;            /**< of the narrow text, or KORV_CODEPAGE_NOT_GIVEN */
     const char* narrowText;      /**< narrow text */
 } TextDesc;
 
-/** Mode of a narrow text, in FieldDesc::textMode and of CopyPrvStruct; any other is wide. */
+/** Text mode of narrow text, for FieldDesc::textMode and the argument of CopyPrvStruct. Any other
+ * mode means wide text. */
 #define KORV_TEXT_NARROW 'M'
-/** ParamDesc::oprTextMode: a wide text is present. With any other mode there is no operand text. */
+/** Value of ParamDesc::oprTextMode when there is an operand text. Any other mode means none. */
 #define KORV_TEXT_WIDE 'W'
 
 /** Field description, read by CopyFieldStruct. */
@@ -201,7 +210,7 @@ typedef struct FieldDesc {
     uint16_t fldValue2;    /**< carried */
     uint32_t fldValue3;    /**< carried */
     uint8_t fldFlag;       /**< carried */
-    int32_t textLen;       /**< bytes of the text, without terminator */
+    int32_t textLen;       /**< bytes of the text, without terminator; wide: a multiple of 4 */
     uint8_t textMode;      /**< KORV_TEXT_NARROW, or wide */
     const TextDesc* text;  /**< the text, or NULL */
 } FieldDesc;
@@ -211,10 +220,10 @@ typedef struct ParamDesc {
     uint32_t reserved1[3];   /**< not read */
     uint16_t oprCode;        /**< carried */
     uint8_t oprTextMode;     /**< KORV_TEXT_WIDE, or no operand text */
-    uint32_t oprTextLen;     /**< bytes of the operand text as stored */
+    uint32_t oprTextLen;     /**< bytes of the operand text, terminator included */
     const TextDesc* oprText; /**< only its wide text is used */
     int32_t valueKind;       /**< OprValueKind */
-    int32_t valueLen;        /**< bytes of a text value, without terminator */
+    int32_t valueLen; /**< bytes of a text value, without terminator; wide: a multiple of 4 */
     /** The value. */
     union {
         uint32_t number;      /**< kind 1, and every opaque kind */
@@ -229,8 +238,9 @@ typedef struct PrvDesc {
     uint8_t prvCode2;      /**< carried */
     uint16_t prvAttr1;     /**< carried */
     uint32_t prvAttr2;     /**< the low 16 bits are copied */
-    uint32_t text1Len;     /**< as the wide-to-narrow conversion expects it, korv/datacnv.h */
-    uint32_t text2Len;     /**< the same of text2 */
+    uint32_t text1Len;     /**< characters of text1, or 0: up to its terminator. Read with
+                            * KORV_TEXT_NARROW only; see KORVCnvWVarcharSzToVarcharSz */
+    uint32_t text2Len;     /**< the same for text2 */
     const wchar_t* text1;  /**< zero-terminated */
     const wchar_t* text2;  /**< zero-terminated */
 } PrvDesc;
@@ -244,7 +254,8 @@ typedef struct PrvRecord {
     uint16_t prvAttr2;  /**< carried */
     uint32_t text1Cap;  /**< bytes of the buffer texts[0] */
     uint32_t text2Cap;  /**< bytes of the buffer texts[1] */
-    void** texts;       /**< two buffers of the caller's: char or wchar_t by the text mode */
+    void** texts;       /**< two buffers of the caller: of char with KORV_TEXT_NARROW, otherwise of
+                         * wchar_t */
 } PrvRecord;
 
 /* ---- Conversion ------------------------------------------------------------------------------ */
@@ -252,25 +263,27 @@ typedef struct PrvRecord {
 /** KORVCnvCtrlBlkFromIToX fills an X block from an I block: header, carried members, a field
  * definition for each field, and a reference node for each reference.
  *
- * Every member is written except reserved1 and blkSlot. If the I block has no fields, fieldDefs
- * stays as the caller set it. Otherwise fieldDefs is overwritten, and a list that it held before is
- * not released. Reference nodes that are already linked to the X block are filled again; nodes
- * after the counterpart of the last I node stay linked.
+ * reserved1 and blkSlot are not written. If the I block has no fields, fieldDefs is not written
+ * either. Otherwise fieldDefs is overwritten, and a list that it held before is not released.
+ * Reference nodes that are already linked to the X block are filled again; nodes after the
+ * counterpart of the last I node stay linked.
  *
- * A reference's fieldDef is found by fieldPos steps from the block's first field. Zero and negative
- * positions name the first field. A position past the end of the list gives the address one
- * FieldDefX beyond the last record, never NULL: it may be compared, but not read. In a block
- * without fields every fieldDef is NULL.
+ * The fieldDef of a reference is the record that fieldPos steps from the first record of the X
+ * block's fieldDefs lead to, also in a list that the caller left there. Zero and negative positions
+ * name the first record. A position past the end of the list gives the address one FieldDefX beyond
+ * the last record, never NULL: it may be compared, but not read. If the X block's fieldDefs is
+ * NULL, every fieldDef is NULL.
  *
- * If memory runs out, the X block has no fields and no nodes after the embedded one: all are
- * released, including those that the caller had put there. The header and the carried members
- * remain written. After KORV_NO_MEMORY_REFERENCE the fieldDef of the embedded node points to a
- * released record. CleanCtrlBlkX releases what was built.
+ * If memory runs out, the X block's fieldDefs and every node after the embedded one are released,
+ * and both pointers become NULL. This includes nodes that the caller had linked and, if the I block
+ * has no fields, the caller's field list: they must come from malloc(). The header and the carried
+ * members remain written. After KORV_NO_MEMORY_REFERENCE the fieldDef of the embedded node is no
+ * longer valid. The X block itself is not released. CleanCtrlBlkX releases what was built.
  *
  * @code
  * CtrlBlkX* block = calloc(1, sizeof *block);
  * if (KORVCnvCtrlBlkFromIToX(&request, block) == KORV_SUCCESS) {
- *     // block->fieldRefs.fieldDef is the field that the request means
+ *     // block->fieldRefs.fieldDef is the field that the first reference names
  * }
  * CleanCtrlBlkX(block);
  * @endcode
@@ -304,7 +317,8 @@ KORV_API int32_t KORVCnvOprDefFromIToX(const OprDefI* source, OprDefX* target);
  * borrows the field list of a block. An operand list that it held before is overwritten, not
  * released. CleanSvcDefX releases what was built.
  *
- * @param      block   must be valid and should be converted already
+ * @param      block   not NULL. Convert it first: the service gets the field list that the block
+ *                     has now, and must not use it after CleanCtrlBlkX
  * @param      source  the framework's service definition
  * @param[out] target  zero-filled; taken from malloc(), if CleanSvcDefX is to release it
  * @retval KORV_SUCCESS           converted
@@ -314,9 +328,9 @@ KORV_API int32_t KORVCnvOprDefFromIToX(const OprDefI* source, OprDefX* target);
 KORV_API int32_t KORVCnvSvcDefFromIToX(const CtrlBlkX* block, const SvcDefI* source,
                                        SvcDefX* target);
 
-/** DuplicateFieldDefI makes a deep copy of a field definition, whose link is NULL. A text whose
- * length is zero or negative is not copied: its pointer is NULL in the copy. Note the order of the
- * arguments: target first.
+/** DuplicateFieldDefI makes a deep copy of a field definition. The link of the copy is NULL. A text
+ * that is NULL, or whose length is zero or negative, is not copied: its pointer is NULL in the
+ * copy, and its length is copied unchanged. Note the order of the arguments: target first.
  *
  * When memory runs out, no text is left in the copy, and its other members are written.
  *
@@ -347,7 +361,8 @@ KORV_API int32_t CleanSvcDefX(SvcDefX* service);
 
 /** CleanParamsX releases a list of X operands. Texts are not touched.
  *
- * @param first  the first operand, or NULL; invalid after the call
+ * @param first  the first operand, or NULL; each one from malloc(), and invalid after the call. A
+ *               pointer to the list, such as SvcDefX::oprDefs, is not cleared
  * @retval KORV_SUCCESS always */
 KORV_API int32_t CleanParamsX(OprDefX* first);
 
@@ -357,20 +372,25 @@ KORV_API int32_t CleanParamsX(OprDefX* first);
  * text with its length when oprTextMode is KORV_TEXT_WIDE, and the value by its kind.
  *
  * oprValue1, oprFlag, oprValue2, link and header are not touched; nor are members of other kinds of
- * value. If the text of the value is NULL or its length is 0, the text members of the kind become
- * NULL and their lengths 0.
+ * value, nor oprText and oprTextLen without an operand text. If the text of the value is NULL or
+ * its length is 0, the text members of the kind become NULL and their lengths 0. The operand text
+ * is copied as it is stored: it is zero-terminated only if oprTextLen includes the terminator.
+ * valueCodePage and valueFlag take the descriptor's values, also when the defaults are used; for a
+ * NULL or empty text they are not touched.
  *
  * Texts are copied into buffers of the process heap that the target owns and the caller releases
- * with free(). Nothing is rolled back on failure: members and buffers written before it stay in the
- * target, and the pointer to a buffer that could not be allocated becomes NULL. When a narrow text
- * is widened, the code page and flag of its descriptor are used, or, if that code page is
- * KORV_CODEPAGE_NOT_GIVEN, the defaults.
+ * with free(). Pointers that the target held before are overwritten, not released. Nothing is
+ * rolled back on failure: members and buffers written before it stay in the target, and the pointer
+ * to a buffer that could not be allocated becomes NULL. When a narrow text is widened, the code
+ * page and flag of its descriptor are used, or, if that code page is KORV_CODEPAGE_NOT_GIVEN, the
+ * defaults.
  *
  * @param         source           value.text must be a valid descriptor for kinds 2 and 3 with a
- *                                 length above 0, and oprText one when an operand text is present
+ *                                 length above 0, and oprText one with a wide text when an operand
+ *                                 text is present
  * @param[in,out] target           the operand
- * @param         defaultCodePage  for a narrow text that does not give its own
- * @param         defaultFlag      the same
+ * @param         defaultCodePage  code page for a narrow text without one of its own
+ * @param         defaultFlag      conversion flag for a narrow text without a code page of its own
  * @retval KORV_SUCCESS                copied
  * @retval KORV_NO_MEMORY_WIDE_VALUE   no memory for the operand text or a wide value
  * @retval KORV_BAD_VALUE_LENGTH       negative value length
@@ -381,17 +401,21 @@ KORV_API int32_t CopyParamsStruct(const ParamDesc* source, OprDefI* target,
 
 /** CopyFieldStruct fills a field definition from a field description.
  *
- * link, header and fldExtra are not touched. If the descriptor or its text is NULL, the text
- * members are not touched either. A wide text leaves narrowText and narrowTextLen as they were. The
- * length of a wide text is not checked: a negative length copies nothing, and one below -4 gives
- * KORV_NO_MEMORY_WIDE_TEXT.
+ * link, header and fldExtra are not touched. With a narrow text, narrowText becomes a copy and
+ * wideText its wide form. With a wide text only wideText and wideTextLen are written. If the
+ * descriptor or the text of the mode is NULL, the text members are not touched and the result is
+ * KORV_SUCCESS, whatever the length.
+ *
+ * The length of a wide text is not checked: 0 gives an empty string, -4 to -1 a block of length + 4
+ * bytes, which has no room for a terminator, and a length below -4 gives KORV_NO_MEMORY_WIDE_TEXT.
+ * wideTextLen is length + 4 in every case.
  *
  * Ownership, failure and widening are as described for CopyParamsStruct.
  *
  * @param         source           the description
  * @param[in,out] target           the field
- * @param         defaultCodePage  for a narrow text that does not give its own
- * @param         defaultFlag      the same
+ * @param         defaultCodePage  code page for a narrow text without one of its own
+ * @param         defaultFlag      conversion flag for a narrow text without a code page of its own
  * @retval KORV_SUCCESS               copied
  * @retval KORV_BAD_TEXT_LENGTH       a narrow text has a zero or negative length
  * @retval KORV_NO_MEMORY_WIDE_TEXT   no memory for the wide text
@@ -403,14 +427,18 @@ KORV_API int32_t CopyFieldStruct(const FieldDesc* source, FieldDefI* target,
 /** CopyPrvStruct fills a provider record. Note the order of the arguments: target first.
  *
  * With text mode KORV_TEXT_NARROW the texts are narrowed by the companion library into the caller's
- * two buffers; otherwise they are copied as wide text, at most capacity / 4 characters: a shorter
- * text is padded with zeros, a longer one is cut and then not terminated. After a failure of text
- * 1, text 2 is not converted; members written before remain written.
+ * two buffers. With any other mode they are copied as wide text, at most capacity / 4 characters. A
+ * shorter text is padded with zeros. A text of that many characters or more fills the buffer: it is
+ * cut if necessary, and is not terminated.
+ *
+ * If text 1 cannot be narrowed, text 2 is not, and its buffer is left alone. The codes and
+ * attributes are written in any case. The buffer of the text that failed holds what the companion
+ * library left there (the stand-in: only a terminator, if there is room).
  *
  * @param[in,out] target    the record, with its buffers and their capacities
  * @param         source    the description
- * @param         codePage  of narrow texts
- * @param         flag      of narrow texts
+ * @param         codePage  code page of the narrow texts; read with KORV_TEXT_NARROW only
+ * @param         flag      conversion flag of the narrow texts; read with KORV_TEXT_NARROW only
  * @param         textMode  KORV_TEXT_NARROW, or wide
  * @retval KORV_SUCCESS copied
  * @return otherwise a code of the companion library, unchanged */
@@ -428,7 +456,7 @@ KORV_API int32_t CopyPrvStruct(PrvRecord* target, const PrvDesc* source, uint32_
  * @return the number, or KORV_PROVIDER_UNKNOWN for any other name */
 KORV_API int32_t GetProviderID(const char* name);
 
-/** What GetProviderID returns for a name that is no provider's. */
+/** Returned by GetProviderID for an unknown name. */
 #define KORV_PROVIDER_UNKNOWN 11
 
 #ifdef __cplusplus

@@ -7,7 +7,7 @@
  *
  * Common to the text and integer conversions are
  * - source: the value;
- * - sourceLen: its length where the form needs one, otherwise points to 0; never written;
+ * - sourceLen: points to its length if the form needs one, and otherwise to 0; never written;
  * - target: wide (or narrow) buffer; zero-terminated on success;
  * - targetCapacity: its size in bytes, terminator included; nothing is written past it, and a
  *   partial unit at its end is not used;
@@ -15,16 +15,20 @@
  * - options: code page and flag of the narrow text, or NULL: then each narrow byte is one ISO
  *   8859-1 character.
  *
- * Every function returns a CnvStatus. On failure the target holds nothing but a terminator (if it
- * has room for one), except that of Convert16To32 and Convert32To16, which may hold the part
- * converted so far; *outLen is left alone. If there are several faults, the first one from the
- * start of the text is reported; a target without room for a terminator, and a bad length, are
- * reported before all of them. Variable text and integers need not be aligned, because they may
+ * Every function returns a CnvStatus. On failure the target holds an empty string if it has room
+ * for a terminator, and *outLen is left alone. The targets of Convert16To32 and Convert32To16 may
+ * hold the part converted so far instead. Source and target must not overlap. Faults are reported
+ * in this order: a target without room for a terminator, a bad length, a code page that is unknown
+ * or cannot be opened (even for an empty text), then the first fault from the start of the text.
+ *
+ * In text whose length is given, zero units are ordinary characters, except in
+ * KORVCnvWVarcharSzToVarcharSz. Conversions from wide to wide text copy the units without checking
+ * them. Variable text and integers need not be aligned, because they may
  * follow a length prefix or be part of a row. All functions may run in any number of threads at
  * once.
  *
- * Numbers of code pages are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Whatever the
- * system's iconv knows as CPn or IBMn is available, and also
+ * Numbers of code pages are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Every code page that
+ * the system's iconv() knows as CPn or IBMn is available, and so are
  * - 819, 28591: ISO 8859-1;
  * - 367, 20127: ASCII;
  * - 28592 to 28601 and 28603 to 28605: ISO 8859-2 to 8859-11 and 8859-13 to 8859-15;
@@ -50,20 +54,20 @@ extern "C" {
 /** Conversion options: the members that the support library sets, after space that belongs to the
  * companion library. The stand-in ignores the flag and that space. */
 typedef struct CnvOptions {
-    uint32_t reserved1[7]; /**< the companion's; the support library passes zeros */
+    uint32_t reserved1[7]; /**< for the companion library; the support library passes zeros */
     uint32_t codePage;     /**< a number of the list above */
-    uint8_t flag;          /**< handed on */
+    uint8_t flag;          /**< conversion flag, passed unchanged to the companion library */
 } CnvOptions;
 
 /** Results of the stand-in. */
 typedef enum CnvStatus {
-    CNV_SUCCESS = 0,            /**< converted */
-    CNV_TARGET_TOO_SMALL = 201, /**< the text and its terminator do not fit */
-    CNV_MALFORMED_SOURCE = 202, /**< not text of its code page or form, or cut inside a character */
-    CNV_UNCONVERTIBLE = 203,    /**< a character that the target code page does not have */
-    CNV_UNKNOWN_CODE_PAGE = 204, /**< no such code page */
-    CNV_BAD_LENGTH = 205,        /**< negative as a signed number */
-    CNV_NO_MEMORY = 206          /**< no memory or no file handle for a conversion by iconv */
+    CNV_SUCCESS = 0,             /**< The value was converted. */
+    CNV_TARGET_TOO_SMALL = 201,  /**< The text and its terminator do not fit. */
+    CNV_MALFORMED_SOURCE = 202,  /**< The source is not valid text, or ends within a character. */
+    CNV_UNCONVERTIBLE = 203,     /**< The target code page does not have a character. */
+    CNV_UNKNOWN_CODE_PAGE = 204, /**< The code page is unknown. */
+    CNV_BAD_LENGTH = 205,        /**< A length is negative as a signed number. */
+    CNV_NO_MEMORY = 206 /**< There is no memory or no file handle for a conversion by iconv(). */
 } CnvStatus;
 
 /** KORVCnvCharToWVarcharSz converts fixed-length narrow text to zero-terminated wide text.
@@ -73,7 +77,7 @@ typedef enum CnvStatus {
  * @param target,targetCapacity,outLen,options  as in all conversions of datacnv.h
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
- * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_MALFORMED_SOURCE  not valid text of its code page, or cut inside a character
  * @retval CNV_UNKNOWN_CODE_PAGE no such code page
  * @retval CNV_BAD_LENGTH        the length is negative as a signed number
  * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
@@ -84,12 +88,12 @@ KORV_API int32_t KORVCnvCharToWVarcharSz(const char* source, const uint32_t* sou
 /** KORVCnvVarcharToWVarcharSz converts narrow text led by a signed 16-bit byte count to
  * zero-terminated wide text.
  *
- * @param source     the count, not necessarily aligned
+ * @param source     the count, followed by the text; need not be aligned
  * @param sourceLen  points to 0; not read
  * @param target,targetCapacity,outLen,options  as in all conversions of datacnv.h
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
- * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_MALFORMED_SOURCE  not valid text of its code page, or cut inside a character
  * @retval CNV_UNKNOWN_CODE_PAGE no such code page
  * @retval CNV_BAD_LENGTH        the length is negative as a signed number
  * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
@@ -104,8 +108,9 @@ KORV_API int32_t KORVCnvVarcharToWVarcharSz(const void* source, const uint32_t* 
  * @param target,targetCapacity,outLen,options  as in all conversions of datacnv.h
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
- * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_MALFORMED_SOURCE  not valid text of its code page, or cut inside a character
  * @retval CNV_UNKNOWN_CODE_PAGE no such code page
+ * @retval CNV_BAD_LENGTH        the text has 2 GiB or more
  * @retval CNV_NO_MEMORY         no memory or no file handle for a conversion by iconv */
 KORV_API int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t* sourceLen,
                                               wchar_t* target, uint32_t targetCapacity,
@@ -113,7 +118,7 @@ KORV_API int32_t KORVCnvVarcharSzToWVarcharSz(const char* source, const uint32_t
 
 /** KORVCnvWCharToWVarcharSz converts fixed-length wide text to zero-terminated wide text.
  *
- * @param source     the characters
+ * @param source     the characters; may be NULL if the length is less than one unit
  * @param sourceLen  bytes of the source; a partial unit at its end is left out
  * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
  * @param options    not read
@@ -127,7 +132,7 @@ KORV_API int32_t KORVCnvWCharToWVarcharSz(const wchar_t* source, const uint32_t*
 /** KORVCnvWVarcharToWVarcharSz converts wide text led by a signed 16-bit byte count to
  * zero-terminated wide text.
  *
- * @param source     the count; it and the text need not be aligned
+ * @param source     the count, followed by the text; neither need be aligned
  * @param sourceLen  points to 0; not read
  * @param target,targetCapacity,outLen  as in all conversions of datacnv.h
  * @param options    not read
@@ -138,8 +143,8 @@ KORV_API int32_t KORVCnvWVarcharToWVarcharSz(const void* source, const uint32_t*
                                              wchar_t* target, uint32_t targetCapacity,
                                              uint32_t* outLen, const CnvOptions* options);
 
-/** KORVCnvIntToWVarcharSz1 converts a signed 32-bit integer, as decimal digits, to zero-terminated
- * wide text.
+/** KORVCnvIntToWVarcharSz1 converts a signed 32-bit integer to zero-terminated wide text: decimal
+ * digits, after a minus sign if it is negative.
  *
  * @param source     the integer, not necessarily aligned
  * @param sourceLen  points to 0; not read
@@ -164,8 +169,8 @@ KORV_API int32_t KORVCnvUIntToWVarcharSz(const uint32_t* source, const uint32_t*
                                          wchar_t* target, uint32_t targetCapacity, uint32_t* outLen,
                                          const CnvOptions* options);
 
-/** KORVCnvSmallIntToWVarcharSz converts a signed 16-bit integer, as decimal digits, to
- * zero-terminated wide text.
+/** KORVCnvSmallIntToWVarcharSz converts a signed 16-bit integer to zero-terminated wide text:
+ * decimal digits, after a minus sign if it is negative.
  *
  * @param source     the integer, not necessarily aligned
  * @param sourceLen  points to 0; not read
@@ -197,14 +202,14 @@ KORV_API int32_t KORVCnvSmallUIntToWVarcharSz(const uint16_t* source, const uint
  * @param      source          the text
  * @param      sourceLen       its length in characters, or 0 when it ends at its terminator; a
  *                             terminator before that length ends it too
- * @param[out] target          the narrow text; on failure nothing but a terminator, if it has room
- *                             for one
+ * @param[out] target          the narrow text; on failure an empty string, if it has room
+ *                             for a terminator
  * @param      targetCapacity  bytes of the target, terminator included
  * @param[out] outLen          bytes written, terminator not counted; left alone on failure
  * @param      options         code page and flag of the text; NULL: ISO 8859-1
  * @retval CNV_SUCCESS           converted
  * @retval CNV_TARGET_TOO_SMALL  the text and its terminator do not fit
- * @retval CNV_MALFORMED_SOURCE  not text of its code page or form
+ * @retval CNV_MALFORMED_SOURCE  a unit is a surrogate or above U+10FFFF
  * @retval CNV_UNCONVERTIBLE     a character that the code page does not have
  * @retval CNV_UNKNOWN_CODE_PAGE no such code page
  * @retval CNV_BAD_LENGTH        the length is negative as a signed number
@@ -216,13 +221,13 @@ KORV_API int32_t KORVCnvWVarcharSzToVarcharSz(const wchar_t* source, const uint3
 /** KORVGetStringFromTS converts a date and time record to wide text, "YYYY-MM-DD HH:MM:SS", each
  * number in at least the digits shown and a negative year led by a minus.
  *
- * The type of the record is not told, so the first 12 bytes that the catalogue counts for each of
- * ODBC_DATE, ODBC_TIME and ODBC_TIMESTAMP are read as six 16-bit numbers: year (signed), month,
- * day, hour, minute, second.
+ * The function does not know the type of the record. It reads the first 12 bytes as six 16-bit
+ * numbers: year (signed), month, day, hour, minute, second. A fraction is ignored. An OdbcDate has
+ * only 6 bytes: copy it into a buffer of 12 bytes first.
  *
- * @param      source          12 bytes
- * @param[out] target          the wide text; on failure nothing but a terminator, if it has room
- *                             for one
+ * @param      source          12 bytes, which need not be aligned
+ * @param[out] target          the wide text; on failure an empty string, if it has room
+ *                             for a terminator
  * @param      targetCapacity  bytes of the target, terminator included
  * @param[out] outLen          characters written, terminator not counted; left alone on failure
  * @retval CNV_SUCCESS          converted

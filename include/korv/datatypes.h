@@ -21,7 +21,7 @@ extern "C" {
 /** Data type codes; they are stored in records and never change. 0, 11 and 12 are placeholders.
  *
  * Each has a second name without KORV_TYPE_, such as VARCHAR_SZ (DATATYPE_101 for KORV_TYPE_101).
- * Other ODBC headers may use the same names: define KORV_PREFIXED_TYPES_ONLY before the first korv
+ * ODBC headers may use the same names: define KORV_PREFIXED_TYPES_ONLY before the first korv
  * header to leave them out. */
 typedef enum KorvDataType {
     KORV_TYPE_CHAR = 1,               /**< fixed narrow text */
@@ -35,9 +35,9 @@ typedef enum KorvDataType {
     KORV_TYPE_INTEGER = 9,            /**< signed, 32 bits */
     KORV_TYPE_U_INTEGER = 10,         /**< unsigned, 32 bits */
     KORV_TYPE_DECIMAL_PACKED = 13,    /**< packed decimal, 16 bytes */
-    KORV_TYPE_ODBC_DATE = 14,         /**< OdbcDate; counts 12 bytes */
-    KORV_TYPE_ODBC_TIME = 15,         /**< counts 12 bytes */
-    KORV_TYPE_ODBC_TIMESTAMP = 16,    /**< OdbcTimestamp; counts 20 bytes */
+    KORV_TYPE_ODBC_DATE = 14,         /**< OdbcDate; the catalogue lists 12 bytes */
+    KORV_TYPE_ODBC_TIME = 15,         /**< the catalogue lists 12 bytes */
+    KORV_TYPE_ODBC_TIMESTAMP = 16,    /**< OdbcTimestamp; the catalogue lists 20 bytes */
     KORV_TYPE_DATETIME_SZ = 17,       /**< date and time as terminated narrow text */
     KORV_TYPE_DATETIME_WSZ = 18,      /**< date and time as terminated wide text */
     KORV_TYPE_DOUBLE = 19,            /**< floating point, 64 bits */
@@ -84,14 +84,15 @@ typedef enum KorvDataType {
 #endif
 } KorvDataType;
 
-/** ODBC date record, 6 bytes. A value of type ODBC_DATE counts 12. */
+/** ODBC date record, 6 bytes, although the catalogue lists 12 for a value of type ODBC_DATE. */
 typedef struct OdbcDate {
     int16_t year;   /**< 1 to 9999 */
     uint16_t month; /**< 1 to 12 */
     uint16_t day;   /**< 1 to 31 */
 } OdbcDate;
 
-/** ODBC timestamp record, 16 bytes. A value of type ODBC_TIMESTAMP counts 20. */
+/** ODBC timestamp record, 16 bytes, although the catalogue lists 20 for a value of type
+ * ODBC_TIMESTAMP. */
 typedef struct OdbcTimestamp {
     int16_t year;      /**< 1 to 9999 */
     uint16_t month;    /**< 1 to 12 */
@@ -118,41 +119,41 @@ typedef struct ValueRecord {
 
 /** How a provider processes a value. */
 typedef enum KorvProcessingClass {
-    KORV_CLASS_NONE = -1,  /**< neither */
+    KORV_CLASS_NONE = -1,  /**< neither, such as an ODBC date */
     KORV_CLASS_TEXT = 74,  /**< the twelve text types */
     KORV_CLASS_NUMBER = 75 /**< numbers, DECIMAL_PACKED and 101 */
 } KorvProcessingClass;
 
-/* Bytes of a value, and characters of its text form, for the types whose field length says neither:
- *
- *   64-bit integers     8  21      DOUBLE, FLOAT      8, 4  32      DATETIME_ narrow   50  50
- *   32-bit integers     4  11      DECIMAL_PACKED       16  42      DATETIME_ wide    200  50
- *   16-bit integers     2   6      ODBC_DATE, _TIME     12  50      DATATYPE_101       50  51
- *   8-bit integers      1   4      ODBC_TIMESTAMP       20  50
- */
-
 /* ---- Catalogue ------------------------------------------------------------------------------- */
 
 /** GetDataTypeBytes stores the size in bytes of a value of a field's type: the field length for
- * CHAR, VARCHAR and VARCHAR_SZ, four times the field length for WCHAR, WVARCHAR and WVARCHAR_SZ,
- * and a constant for every other type. An ODBC date and time count 12 bytes, a timestamp 20,
- * although their records are smaller.
+ * CHAR, VARCHAR and VARCHAR_SZ, four times the field length (modulo 2^32) for WCHAR, WVARCHAR and
+ * WVARCHAR_SZ, and a constant for every other type. Bytes of a value, and characters of its text
+ * form:
+ *
+ * @verbatim
+   64-bit integers     8  21      DOUBLE, FLOAT      8, 4  32      DATETIME_ narrow   50  50
+   32-bit integers     4  11      DECIMAL_PACKED       16  42      DATETIME_ wide    200  50
+   16-bit integers     2   6      ODBC_DATE, _TIME     12  50      DATATYPE_101       50  51
+   8-bit integers      1   4      ODBC_TIMESTAMP       20  50
+@endverbatim
  *
  * @param      field  the field, or NULL
  * @param[out] bytes  the size; left alone on failure
  * @retval KORV_SUCCESS       stored
  * @retval KORV_TYPE_NO_FIELD the field is NULL
- * @retval KORV_TYPE_UNKNOWN  the type has no size */
+ * @retval KORV_TYPE_UNKNOWN  the code is 0, 11, 12 or not in the catalogue */
 KORV_API int32_t GetDataTypeBytes(const FieldDefI* field, uint32_t* bytes);
 
-/** GetDataTypeLengths stores the length in characters of the text form of a field's type.
+/** GetDataTypeLengths stores the length in characters of the text form of a field's type, as
+ * GetDataTypeBytes lists it.
  *
  * @param      field   the field, which must not be NULL
  * @param[out] length  characters; left alone where no length is stored
  * @retval KORV_SUCCESS       stored
- * @retval KORV_TYPE_DATETIME stored, 50: one of the DATETIME_ types
+ * @retval KORV_TYPE_DATETIME stored: always 50, for the six DATETIME_ types
  * @retval KORV_TYPE_VARIABLE CHAR to WVARCHAR_SZ, whose length depends on the value
- * @retval KORV_TYPE_UNKNOWN  an unknown type */
+ * @retval KORV_TYPE_UNKNOWN  the code is 0, 11, 12 or not in the catalogue */
 KORV_API int32_t GetDataTypeLengths(const FieldDefI* field, uint32_t* length);
 
 /** KORVGetDataTypeName returns the catalogue name of a code. The placeholders 11 and 12 are called
@@ -178,25 +179,31 @@ KORV_API int32_t KORV_IsWideCharacterDatatype(int16_t code);
 
 /* ---- Source values --------------------------------------------------------------------------- */
 
-/** GetSrcBufLen completes value->length, the bytes of the buffer that holds the value, by a type:
+/** GetSrcBufLen completes value->length, the bytes of the buffer that holds the value, as the
+ * data type requires:
  *
  * - fixed text, DECIMAL_PACKED, 101: left as it stands;
- * - variable text, where the length is not above 0: its low 16 bits become the length prefix, its
- *   high 16 bits stay, and 2 is added to the whole;
+ * - variable text, where the length is not above 0: its low 16 bits become the length prefix (40000
+ *   stays 40000), its high 16 bits stay, and 2 is added to the whole. A negative length thus gives
+ *   a wrong one;
  * - terminated text, where the length is not above 0: the text's length in characters, cut to a
- *   signed 16-bit number, times the unit, plus one unit for its end;
+ *   signed 16-bit number, times the unit, plus one unit for the terminator;
  * - other numbers and ODBC records: the type's bytes, whatever the length was.
+ *
+ * The null indicator is not read: where the text itself is read, value->data must not be NULL.
  *
  * @param[in,out] value  the value
  * @param         code   data type code
  * @retval KORV_SUCCESS complete
- * @retval KORV_FAILURE a code that has no rule (nothing is written) */
+ * @retval KORV_FAILURE the code is 0, 11, 12 or not in the catalogue (nothing is written) */
 KORV_API int32_t GetSrcBufLen(ValueRecord* value, int16_t code);
 
 /** KORVGetSourceDataLen stores the length of a value in characters: from the value for the twelve
  * text types, otherwise what GetDataTypeLengths gives for the field.
  *
- * Lengths of fixed and variable wide text are their bytes / 4, truncated.
+ * For fixed text value->length must be complete. A length prefix is read as a signed number and is
+ * not counted. Byte lengths of wide text are divided by 4, truncated toward zero. The result is
+ * KORV_SUCCESS for an unknown type, too.
  *
  * @param      value   the value
  * @param      field   its field
@@ -209,13 +216,15 @@ KORV_API int32_t KORVGetSourceDataLen(const ValueRecord* value, const FieldDefI*
 /** KORV_IsZeroOrZeroLength classifies a value by the type of context->fieldRefs.fieldDef, and
  * copies it to its target when context->blkCode is not 0.
  *
- * The class is also stored in value->processingClass, and result->secondFlag becomes 0. Of a copy
- * the smaller of value->capacity and value->length is first stored in value->copiedLength, and as
- * many bytes are copied from value->data to value->target; a negative length is stored and copies
- * nothing.
+ * Despite its name it tests neither for zero nor for a length of zero, and it does not read the
+ * null indicator. The class is also stored in value->processingClass, and result->secondFlag
+ * becomes 0. When the value is copied, whatever its class, the smaller of value->capacity and
+ * value->length is stored in value->copiedLength, and that many bytes are copied from value->data
+ * to value->target. If it is negative, nothing is copied.
  *
  * @param         context  the request
- * @param[in,out] value    the value, its length complete
+ * @param[in,out] value    the value; if it is to be copied, its length must be complete, see
+ *                         GetSrcBufLen
  * @param[in,out] result   the result record
  * @retval KORV_CLASS_TEXT   the twelve text types
  * @retval KORV_CLASS_NUMBER numbers, DECIMAL_PACKED and 101
@@ -228,7 +237,7 @@ KORV_API int32_t KORV_IsZeroOrZeroLength(const CtrlBlkI* context, ValueRecord* v
 /** KORVAllocateBuffer makes *buffer a zeroed block, resizing the block that it holds, if any.
  *
  * @param[in,out] buffer   a block of the process heap, or NULL; the caller releases it with free()
- * @param[in,out] size     bytes of the block
+ * @param[out]    size     receives newSize; left alone on failure, never read
  * @param         newSize  bytes of the block after the call
  * @retval KORV_SUCCESS          done; *size is newSize
  * @retval KORV_BAD_BUFFER_SIZE  newSize is below 1 (nothing changes)
@@ -242,8 +251,9 @@ KORV_API int32_t KORVAllocateBuffer(void** buffer, uint32_t* size, int32_t newSi
  * @param[in,out] buffer   a block of the process heap, or NULL; the caller releases it with free()
  * @param[in,out] size     bytes of the block
  * @param         newSize  bytes of the block after the call
- * @param         keep     exactly 1: only the bytes from the old *size on are zeroed, and none when
- *                         newSize is below it; if *buffer was NULL, all of it is zeroed
+ * @param         keep     1 keeps the contents: only the bytes from the old *size on are zeroed.
+ *                         Use it for growing only; a smaller newSize zeroes nothing. If *buffer is
+ *                         NULL, the whole block is zeroed. Any other value zeroes the whole block
  * @retval KORV_SUCCESS          done; *size is newSize
  * @retval KORV_BAD_BUFFER_SIZE  newSize is below 1 (nothing changes)
  * @retval KORV_NO_MEMORY_BUFFER as KORVAllocateBuffer */
@@ -252,7 +262,7 @@ KORV_API int32_t KORVAllocateBuffer1(void** buffer, uint32_t* size, int32_t newS
 /* ---- Digits and days ------------------------------------------------------------------------- */
 
 /** KORVGetIntDigitCount adds the number of decimal digits of a value, without its sign, to a
- * counter. Zero counts as no digit.
+ * counter, which is not reset first. Zero has no digits.
  *
  * @param         value    the value
  * @param[in,out] counter  the counter
@@ -266,8 +276,8 @@ KORV_API int32_t KORVGetLongLongDigitCount(int64_t value, uint32_t* counter);
 /** KORVIntSYBToODBC stores the date of a Sybase day number: days since 1900-01-01, proleptic
  * Gregorian.
  *
- * Exact from 0001-01-01 (day -693595) to 9999-12-31 (day 2958463). For other days the result is
- * what the 16-bit steps of the calculation give.
+ * Exact from 0001-01-01 (day -693595) to 9999-12-31 (day 2958463). For other days the result is not
+ * a correct date, because intermediate values are cut to 16 bits.
  *
  * @param      day   the day number
  * @param[out] date  the date */
@@ -275,7 +285,7 @@ KORV_API void KORVIntSYBToODBC(const int32_t* day, OdbcDate* date);
 
 /** KORVIntODBCToSYB stores the Sybase day number of a date.
  *
- * The date is not validated: an impossible one goes through the same calculation.
+ * The date is not validated: an impossible date is converted by the same arithmetic.
  *
  * @param      date  the date
  * @param[out] day   the day number */

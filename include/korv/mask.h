@@ -65,29 +65,30 @@ extern "C" {
 
 /** Results of the functions. */
 typedef enum KorvMaskStatus {
-    KORV_MASK_SUCCESS = 0,       /**< done; every value of the batch is masked */
-    KORV_MASK_VALUES_FAILED = 1, /**< done; some values failed, each has a record */
-    KORV_MASK_ABORTED = 2,       /**< a value failed whose rule says on-error=abort */
-    KORV_MASK_BAD_ARGUMENT = 3,  /**< NULL, a column that is not there, offsets that decrease */
-    KORV_MASK_BAD_RULES = 4,     /**< rules that are malformed, or do not fit the columns */
-    KORV_MASK_BAD_PROVIDER = 5,  /**< a provider that cannot be loaded or breaks its interface */
-    KORV_MASK_NO_MEMORY = 6,     /**< out of memory */
-    KORV_MASK_TOO_LARGE = 7,     /**< a value above 1 GiB, or a result that 32-bit offsets cannot
-                                  * address: hand over fewer values at once */
-    KORV_MASK_OVERRUN = 8        /**< a provider wrote past its target; the process should end */
+    KORV_MASK_SUCCESS = 0,       /**< The call succeeded; every value of the batch is masked. */
+    KORV_MASK_VALUES_FAILED = 1, /**< Some values of the batch failed. Each has a record. */
+    KORV_MASK_ABORTED = 2,       /**< A value failed whose rule says on-error=abort. */
+    KORV_MASK_BAD_ARGUMENT = 3,  /**< An argument is NULL, names a column that does not exist, or
+                                  * has offsets that decrease. */
+    KORV_MASK_BAD_RULES = 4,     /**< The rules are malformed, or do not fit the columns. */
+    KORV_MASK_BAD_PROVIDER = 5,  /**< A provider cannot be loaded, or breaks its interface. */
+    KORV_MASK_NO_MEMORY = 6,     /**< There is no memory. */
+    KORV_MASK_TOO_LARGE = 7,     /**< A value is above 1 GiB, or 32-bit offsets cannot address the
+                                  * result: pass fewer values at once. */
+    KORV_MASK_OVERRUN = 8        /**< A provider wrote past its target. The process should end. */
 } KorvMaskStatus;
 
 /** Codes of failed values that the engine finds. Codes below 9000 are the provider's. */
 typedef enum KorvMaskCode {
-    KORV_MASK_CODE_REQUEST = 9000,        /**< the request could not be made or converted */
-    KORV_MASK_CODE_NO_RECORD = 9001,      /**< the provider failed without an error of its own */
-    KORV_MASK_CODE_NO_RESULT = 9002,      /**< the provider set no result, or one elsewhere */
-    KORV_MASK_CODE_BAD_LENGTH = 9003,     /**< a result's length that cannot be */
-    KORV_MASK_CODE_BAD_TEXT = 9004,       /**< a result that is not valid text */
-    KORV_MASK_CODE_UNCHANGED = 9005,      /**< the masked value is the value; unchanged=error */
-    KORV_MASK_CODE_SOURCE_WRITTEN = 9006, /**< the provider changed its source */
-    KORV_MASK_CODE_NOT_REPEATED = 9007,   /**< a second call gave another result */
-    KORV_MASK_CODE_BAD_SOURCE = 9008      /**< the value is not UTF-8 text or holds a zero byte */
+    KORV_MASK_CODE_REQUEST = 9000,    /**< The request could not be made or converted. */
+    KORV_MASK_CODE_NO_RECORD = 9001,  /**< The provider failed without an error of its own. */
+    KORV_MASK_CODE_NO_RESULT = 9002,  /**< The provider set no result, or one elsewhere. */
+    KORV_MASK_CODE_BAD_LENGTH = 9003, /**< The length of the result is impossible. */
+    KORV_MASK_CODE_BAD_TEXT = 9004,   /**< The result is not valid text. */
+    KORV_MASK_CODE_UNCHANGED = 9005,  /**< The masked value equals the value; unchanged=error. */
+    KORV_MASK_CODE_SOURCE_WRITTEN = 9006, /**< The provider changed its source. */
+    KORV_MASK_CODE_NOT_REPEATED = 9007,   /**< A second call gave another result. */
+    KORV_MASK_CODE_BAD_SOURCE = 9008      /**< The value is not UTF-8 or holds a zero byte. */
 } KorvMaskCode;
 
 /** Options of KorvMaskSettings::flags. */
@@ -290,11 +291,12 @@ KORV_API uint32_t KorvMaskVersion(void);
  *
  * @param      settings  rules, columns, folders
  * @param[out] mask      the handle; NULL when there is no memory for one, or for
- * KORV_MASK_BAD_ARGUMENT
+ *                       KORV_MASK_BAD_ARGUMENT
  * @retval KORV_MASK_SUCCESS      open
- * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is of no version, a secret
- * has a name or a length that is not allowed, or KORV_MASK_ONE_RULE is given without rules or with
- * another number of columns than one
+ * @retval KORV_MASK_BAD_ARGUMENT an argument is NULL, the settings' size is of no version,
+ *                                a secret has a name or a length that is not allowed, or
+ *                                KORV_MASK_ONE_RULE is given without rules or with another number
+ *                                of columns than one
  * @retval KORV_MASK_BAD_RULES    see the records
  * @retval KORV_MASK_BAD_PROVIDER see the records
  * @retval KORV_MASK_NO_MEMORY    out of memory */
