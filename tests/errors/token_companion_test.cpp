@@ -24,7 +24,7 @@ struct Conversion {
 };
 
 // As variable text 10 bytes, as terminated narrow text 1 character, as an integer 10.
-alignas(4) const char value[16] = {10, 0, 0, 0};
+alignas(4) const char kValue[16] = {10, 0, 0, 0};
 constexpr std::uint32_t kLength = 12;
 
 constexpr Conversion kConversions[] = {
@@ -75,11 +75,11 @@ class TokenCompanion : public ChainTest {
 
 TEST_F(TokenCompanion, IsAskedForEachTypeWithItsLengths) {
     for (const Conversion& c : kConversions) {
-        ASSERT_EQ(0, capture(value, c.dataType)) << c.dataType;
+        ASSERT_EQ(0, capture(kValue, c.dataType)) << c.dataType;
         TokenSlot& slot = slotOf(record, 0);
         EXPECT_EQ(1, companion::calls);
         EXPECT_EQ(c.function, companion::last.function) << c.dataType;
-        EXPECT_EQ(value, companion::last.source);
+        EXPECT_EQ(kValue, companion::last.source);
         EXPECT_EQ(c.sourceLen, companion::last.sourceLen) << c.dataType;
         EXPECT_EQ(slot.text, companion::last.target);
         EXPECT_EQ(c.bytes, companion::last.capacity) << c.dataType;
@@ -92,7 +92,7 @@ TEST_F(TokenCompanion, IsAskedForEachTypeWithItsLengths) {
 
 TEST_F(TokenCompanion, ThatWritesNothingLeavesAnEmptyText) {
     for (const Conversion& c : kConversions) {
-        ASSERT_EQ(0, capture(value, c.dataType));
+        ASSERT_EQ(0, capture(kValue, c.dataType));
         const char* bytes = reinterpret_cast<const char*>(slotOf(record, 0).text);
         for (std::uint32_t i = 0; i < c.bytes; ++i) ASSERT_EQ(0, bytes[i]) << c.dataType;
         EXPECT_EQ(c.count * 4 + 4, accounted()) << c.dataType;
@@ -104,7 +104,7 @@ TEST_F(TokenCompanion, SaysHowMuchIsAccounted) {
     for (const Conversion& c : kConversions) {
         for (const std::uint32_t stored : {0u, 1u, 3u, 1000u, 0x3FFFFFFFu, 0x80000001u}) {
             companion::outLen = stored;
-            ASSERT_EQ(0, capture(value, c.dataType));
+            ASSERT_EQ(0, capture(kValue, c.dataType));
             EXPECT_EQ(stored * 4 + 4, accounted()) << c.dataType;
             freeText(slotOf(record, 0));
         }
@@ -117,7 +117,7 @@ TEST_F(TokenCompanion, ThatFailsIsNotNoticed) {
     for (const std::int32_t status : {1, -1, int{CNV_TARGET_TOO_SMALL}, INT_MIN}) {
         companion::status = status;
         for (const Conversion& c : kConversions) {
-            ASSERT_EQ(0, capture(value, c.dataType)) << c.dataType;
+            ASSERT_EQ(0, capture(kValue, c.dataType)) << c.dataType;
             EXPECT_EQ(std::wstring(c.bytes / 4 - 1, L'#'), slotOf(record, 0).text);
             EXPECT_EQ(24u, accounted());
             freeText(slotOf(record, 0));
@@ -242,7 +242,7 @@ TEST_F(TokenCompanion, IsNotToldOfRoomThatIsNotThere) {
                           Case{DATETIME_CHAR, 0xFFFFFFFF}, Case{DATETIME_CHAR, 0x80000000},
                           Case{WCHAR, 0xFFFFFFFC}, Case{WCHAR, 0xFFFFFFFD},
                           Case{DATETIME_WCHAR, 0xFFFFFFFF}, Case{DATETIME_WCHAR, 0xFFFFFFFB}}) {
-        const std::int32_t status = capture(value, c.dataType, c.bytes);
+        const std::int32_t status = capture(kValue, c.dataType, c.bytes);
         if (status == -1) {
             EXPECT_EQ(nullptr, slotOf(record, 0).text);
             EXPECT_EQ(0, companion::calls);

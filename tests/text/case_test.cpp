@@ -14,22 +14,22 @@
 namespace {
 
 // The system's functions are called through pointers, so that no compiler answers for them.
-int (*const volatile systemUpper)(int) = toupper;
-int (*const volatile systemLower)(int) = tolower;
-wint_t (*const volatile systemWideUpper)(wint_t) = towupper;
-wint_t (*const volatile systemWideLower)(wint_t) = towlower;
+int (*const volatile kSystemUpper)(int) = toupper;
+int (*const volatile kSystemLower)(int) = tolower;
+wint_t (*const volatile kSystemWideUpper)(wint_t) = towupper;
+wint_t (*const volatile kSystemWideLower)(wint_t) = towlower;
 
 char upper(char c) {
-    return static_cast<char>(systemUpper(static_cast<signed char>(c)));
+    return static_cast<char>(kSystemUpper(static_cast<signed char>(c)));
 }
 char lower(char c) {
-    return static_cast<char>(systemLower(static_cast<signed char>(c)));
+    return static_cast<char>(kSystemLower(static_cast<signed char>(c)));
 }
 wchar_t wideUpper(wchar_t c) {
-    return static_cast<wchar_t>(systemWideUpper(static_cast<wint_t>(c)));
+    return static_cast<wchar_t>(kSystemWideUpper(static_cast<wint_t>(c)));
 }
 wchar_t wideLower(wchar_t c) {
-    return static_cast<wchar_t>(systemWideLower(static_cast<wint_t>(c)));
+    return static_cast<wchar_t>(kSystemWideLower(static_cast<wint_t>(c)));
 }
 
 template <class T>
@@ -238,12 +238,12 @@ TEST(Case, OnlyAsciiLettersChangeInTheClassicLocale) {
 TEST(Case, ByteFFStaysEvenWhereItIsALetter) {
     {
         const locales::Global locale(locales::kRussian);
-        ASSERT_NE(0xFF, systemLower(0xFF));
+        ASSERT_NE(0xFF, kSystemLower(0xFF));
         char text[] = "\xFE\xFF";
         EXPECT_STREQ("\xDE\xFF", KORV_StrToLower(text));
     }
     const locales::Global locale("ru_RU.CP1251");
-    ASSERT_NE(0xFF, systemUpper(0xFF));
+    ASSERT_NE(0xFF, kSystemUpper(0xFF));
     char text[] = "\xFE\xFF";
     EXPECT_STREQ("\xDE\xFF", KORV_StrToUpper(text));
 }

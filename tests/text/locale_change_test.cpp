@@ -14,10 +14,10 @@
 namespace {
 
 // The system's functions are called through pointers, so that no compiler answers for them.
-int (*const volatile systemUpper)(int) = toupper;
-int (*const volatile systemLower)(int) = tolower;
-wint_t (*const volatile systemWideUpper)(wint_t) = towupper;
-wint_t (*const volatile systemWideLower)(wint_t) = towlower;
+int (*const volatile kSystemUpper)(int) = toupper;
+int (*const volatile kSystemLower)(int) = tolower;
+wint_t (*const volatile kSystemWideUpper)(wint_t) = towupper;
+wint_t (*const volatile kSystemWideLower)(wint_t) = towlower;
 
 // What every function that follows the locale answers in the locale that holds here and now.
 void expectLocaleFollowed(const char* where) {
@@ -27,13 +27,13 @@ void expectLocaleFollowed(const char* where) {
     std::string narrow;
     for (int c = 1; c < 256; ++c) {
         narrow += static_cast<char>(c);
-        upper += static_cast<char>(systemUpper(static_cast<signed char>(c)));
-        lower += static_cast<char>(systemLower(static_cast<signed char>(c)));
+        upper += static_cast<char>(kSystemUpper(static_cast<signed char>(c)));
+        lower += static_cast<char>(kSystemLower(static_cast<signed char>(c)));
     }
     for (wint_t c = 1; c < 0x600; ++c) {
         wide += static_cast<wchar_t>(c);
-        wideUpper += static_cast<wchar_t>(systemWideUpper(c));
-        wideLower += static_cast<wchar_t>(systemWideLower(c));
+        wideUpper += static_cast<wchar_t>(kSystemWideUpper(c));
+        wideLower += static_cast<wchar_t>(kSystemWideLower(c));
     }
     std::string text = narrow;
     EXPECT_EQ(upper, KORV_StrToUpper(text.data()));
@@ -50,15 +50,15 @@ void expectLocaleFollowed(const char* where) {
     for (const wchar_t c : {L'I', L'\xC4', L'\x130', L'\x410'}) {
         const wchar_t first[] = {c, 0};
         const int32_t expected =
-            static_cast<int32_t>(systemWideLower(static_cast<wint_t>(c))) - L'i';
+            static_cast<int32_t>(kSystemWideLower(static_cast<wint_t>(c))) - L'i';
         EXPECT_EQ(expected, StringWCaseCompare(first, L"i"));
         EXPECT_EQ(expected, StringWNCaseCompare(first, L"i", 1));
     }
     wchar_t element[4];
     uint32_t length = 0;
     KORV_GetNextElement(L"i\xE4", element, &length, L',', 0, 0);
-    const wchar_t expected[] = {static_cast<wchar_t>(systemWideUpper('i')),
-                                static_cast<wchar_t>(systemWideUpper(0xE4)), 0};
+    const wchar_t expected[] = {static_cast<wchar_t>(kSystemWideUpper('i')),
+                                static_cast<wchar_t>(kSystemWideUpper(0xE4)), 0};
     EXPECT_STREQ(expected, element);
 }
 

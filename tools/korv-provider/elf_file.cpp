@@ -56,12 +56,12 @@ class Bytes {
 
     std::string_view part(uint64_t offset, uint64_t length) const {
         if (offset > bytes_.size() || bytes_.size() - offset < length) fail();
-        return bytes_.substr(offset, length);
+        return bytes_.substr(static_cast<size_t>(offset), static_cast<size_t>(length));
     }
 
     std::string text(uint64_t offset) const {
         if (offset >= bytes_.size()) fail();
-        const std::string_view rest = bytes_.substr(offset, kLongestText);
+        const std::string_view rest = bytes_.substr(static_cast<size_t>(offset), kLongestText);
         const size_t end = rest.find('\0');
         if (end == std::string_view::npos) throw ElfFault("a name in it does not end");
         return std::string(rest.substr(0, end));
@@ -235,7 +235,7 @@ class Reader {
             const uint64_t size = sizeof note + padded(note.n_namesz) + padded(note.n_descsz);
             if (size > left) return;
             if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == 4 &&
-                bytes_.part(at + sizeof note, 4) == std::string_view("GNU", 4)) {
+                bytes_.part(at + sizeof note, 4) == std::string_view("GNU\0", 4)) {
                 setBuildId(bytes_.part(at + sizeof note + 4, note.n_descsz));
             }
             at += size;

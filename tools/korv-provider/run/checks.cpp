@@ -125,6 +125,7 @@ std::vector<Record> runAgain(const Settings& settings, const std::string& task,
         "/proc/self/exe", settings.module, "--task",        task,      "--rule",
         settings.rule,    "--values",      settings.values, "--files", settings.files};
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     std::vector<char*> variables;

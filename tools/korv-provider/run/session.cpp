@@ -124,8 +124,10 @@ std::string reasonNotToRun(const Settings& settings) {
 }
 
 Session::Session(const mask::ProviderModule& module, const Settings& settings)
-    : module_(module), source_(kRoom), target_(kRoom) {
-    rules_ = mask::parseOneRule(settings.rule, "rule");
+    : module_(module),
+      rules_(mask::parseOneRule(settings.rule, "rule")),
+      source_(kRoom),
+      target_(kRoom) {
     if (!settings.files.empty()) rules_.folder = settings.files + "/";
     rule_ = rules_.rules.front();
     if (mask::moduleName(rule_.action) != module.name) {

@@ -123,6 +123,7 @@ void threads(const Context& context) {
     const std::vector<Outcome> before = outcomesOf(trial);
     std::vector<std::vector<std::string>> differences(kThreads);
     std::vector<std::thread> workers;
+    workers.reserve(kThreads);
     doing("masking in 8 threads");
     for (int n = 0; n < kThreads; ++n) {
         workers.emplace_back([&, n] {

@@ -80,7 +80,9 @@ void forEachSmall(const std::vector<TestValue>& accepted, Visit visit) {
     size_t used = 0;
     for (const TestValue& value : accepted) {
         const std::pair<std::string_view, size_t> domains[] = {{kDigits, 3}, {kLower, 2}};
-        for (const auto& [alphabet, count] : domains) {
+        for (const auto& domain : domains) {
+            const std::string_view alphabet = domain.first;
+            const size_t count = domain.second;
             const std::vector<size_t> places = lastPlaces(value.text, alphabet, count);
             if (places.size() < count || value.text.size() > 200) continue;
             std::string text = value.text;
