@@ -15,6 +15,10 @@ endif()
 set(packages ${CMAKE_INSTALL_LIBDIR}/cmake/korv-support)
 set(pc_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 korv_path_between(pc_prefix ${pc_folder} . "\${pcfiledir}/")
+# pkg-config leaves out the flags for folders of the system only if their paths have no "..".
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(pc_prefix /usr)
+endif()
 korv_path_between(pc_libdir . ${CMAKE_INSTALL_LIBDIR} "\${prefix}/")
 korv_path_between(pc_includedir . ${CMAKE_INSTALL_INCLUDEDIR} "\${prefix}/")
 

@@ -23,7 +23,7 @@ TEMPLATES = ("provider_template", "provider_template_cpp")
 DOCUMENTS = {"README.md", "CHANGELOG.md", "CONTRIBUTING.md", "SECURITY.md", "postgresql/README.md",
              "python/README.md", "tools/korv-mask/README.md"} | {
     f"docs/{path.relative_to(SOURCE / 'docs')}" for path in (SOURCE / "docs").rglob("*")
-    if path.is_file() and path.parent.name != "reference"} | {
+    if path.is_file() and "reference" not in path.parts} | {
     f"examples/{name}/{path.name}" for name in TEMPLATES
     for path in (SOURCE / "examples" / name).iterdir()} | {
     "examples/mask_column/mask_column.c"}
@@ -36,14 +36,13 @@ def below(folder, names):
 
 
 def for_gdb(libraries):
-    """gdb looks for what belongs to an object by the object's whole path."""
-    return below(f"share/gdb/auto-load{libraries}",
-                 {"libKORVSupport.so.21-gdb.py", "korv_lines.py", "korv_values.py"})
+    """gdb looks for what belongs to an object beside it."""
+    return below(libraries, {"libKORVSupport.so.21-gdb.py", "korv_lines.py", "korv_values.py"})
 
 
-def development(prefix):
+def development():
     return {"lib/libKORVSupport.so", "lib/libkorvmask.so"} | below(
-        "lib", packages(*LIBRARIES, "korv-mask")) | HEADERS | for_gdb(f"{prefix}/lib") | {
+        "lib", packages(*LIBRARIES, "korv-mask")) | HEADERS | for_gdb("lib") | {
         "share/korv-support/valgrind.supp"}
 
 
@@ -65,7 +64,7 @@ class ComponentsTest(InstallationTest):
                          | below("lib/korv-providers", PROVIDERS)
                          | below("share/doc/korv-support/examples/data", DATA),
                          self.installed("mask"))
-        self.assertEqual(development(self.prefix), self.installed("development"))
+        self.assertEqual(development(), self.installed("development"))
         self.assertEqual(below("share/doc/korv-support", DOCUMENTS),
                          self.installed("documentation"))
 
@@ -95,7 +94,7 @@ class ComponentsTest(InstallationTest):
         libraries = destdir / prefix.lstrip("/") / "lib"
         program = self.build_by_pkg_config(libraries / "pkgconfig", *LIBRARIES)
         self.check_use(program, LD_LIBRARY_PATH=libraries)
-        self.assertEqual(development(prefix)
+        self.assertEqual(development()
                          | {"lib/libKORVSupport.so.21", "lib/libKORVDataCnvLib.so"},
                          self.files(libraries.parent))
 
@@ -132,15 +131,26 @@ class FoldersTest(InstallationTest):
 
     def test_relative_prefix(self):
         self.run_command("cmake", "--install", BUILD, "--prefix", "stage", "--component", "development")
-        self.assertIn(f"share/gdb/auto-load{self.prefix}/lib/korv_lines.py", self.files(self.prefix))
+        self.assertEqual(development(), self.files(self.prefix))
+
+    def test_prefix_of_the_system(self):
+        build = self.configure_with(CMAKE_INSTALL_PREFIX="/usr", CMAKE_INSTALL_LIBDIR="lib/some-linux")
+        destdir = self.folder / "destdir"
+        self.run_command("cmake", "--install", build, "--component", "development", DESTDIR=destdir)
+        files = self.files(destdir / "usr")
+        self.assertLessEqual(below("share/gdb/auto-load", for_gdb("usr/lib/some-linux")), files)
+        for library in LIBRARIES:
+            text = (destdir / f"usr/lib/some-linux/pkgconfig/{library}.pc").read_text()
+            self.assertIn("prefix=/usr\n", text)
+            self.assertNotIn("..", text)
 
     def test_absolute_library_folder(self):
         libraries = self.folder / "libraries"
         build = self.configure_with(CMAKE_INSTALL_LIBDIR=libraries)
         self.install(*LINKED, build=build)
         self.assertEqual(below("include/korv", {name.split("/")[-1] for name in HEADERS})
-                         | for_gdb(libraries) | {"share/korv-support/valgrind.supp"}, self.files(self.prefix))
-        self.assertEqual(packages(*LIBRARIES) | {"libKORVSupport.so.21", "libKORVSupport.so",
+                         | {"share/korv-support/valgrind.supp"}, self.files(self.prefix))
+        self.assertEqual(packages(*LIBRARIES) | {path.removeprefix("lib/") for path in for_gdb("lib")} | {"libKORVSupport.so.21", "libKORVSupport.so",
                                      "libKORVDataCnvLib.so"}, self.files(libraries))
         self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
 
