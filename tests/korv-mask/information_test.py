@@ -36,9 +36,9 @@ class InformationTest(CommandTest):
             self.assertLessEqual(len(line), 100, line)
 
     def test_version(self):
-        version = re.search(r"VERSION (\d+\.\d+\.\d+)",
-                            read(os.path.join(ROOT, "CMakeLists.txt")).decode()).group(1)
-        self.assertIn("korv-mask " + version, self.shown("--version"))
+        header = read(os.path.join(ROOT, "include/korv/base.h")).decode()
+        version = re.findall(r"#define KORV_VERSION_(?:MAJOR|MINOR|PATCH) (\d+)", header)
+        self.assertIn("korv-mask " + ".".join(version) + "\n", self.shown("--version") + "\n")
 
     def test_list_of_providers(self):
         shown = self.shown("--list-providers")
