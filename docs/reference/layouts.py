@@ -1,5 +1,7 @@
 """Pictures and tables of the public records' layouts, read from compiled debug information.
 
+pahole prints layouts as C text for people, which would have to be parsed again, without the gaps as rows of their own.
+
 Usage: layouts.py OBJECT-OF-32-BITS OBJECT-OF-64-BITS TARGET-FOLDER
 
 The objects are layouts.c, compiled with debug information. The pictures of a record are NAME-32.svg and

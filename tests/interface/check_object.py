@@ -1,5 +1,7 @@
 """Compares a built object with what is promised for it: exported symbols, SONAME, needed libraries, the
-newest versions of libc and of the C++ run-time library that it needs, and safe segments."""
+newest versions of libc and of the C++ run-time library that it needs, and safe segments.
+
+dpkg-gensymbols compares symbols, too, but only in a Debian package."""
 
 import argparse
 import re
