@@ -166,10 +166,16 @@ uint32_t fourDigits(const char* characters, uint32_t& faults) noexcept {
 }
 static_assert(std::endian::native == std::endian::little);
 
+// Copies for the usual counts are worth it only where their loops are unrolled.
+#ifdef __OPTIMIZE__
+#define KORV_COPIED [[gnu::always_inline]]
+#else
+#define KORV_COPIED
+#endif
+
 // Reads a field of 0 to 12 digits on one page: nothing but its digits is read, and all faults are
 // tested at once.
-[[gnu::always_inline]] inline int32_t readDigits(const char* field, uint32_t count,
-                                                 int32_t& value) noexcept {
+KORV_COPIED inline int32_t readDigits(const char* field, uint32_t count, int32_t& value) noexcept {
     uint32_t number = 0;
     uint32_t faults = 0;
 #pragma GCC unroll 3

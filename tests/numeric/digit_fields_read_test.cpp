@@ -233,6 +233,24 @@ TYPED_TEST(DigitFieldsReadTest, NothingIsReadBehindTheFirstCharacterThatIsNoDigi
     }
 }
 
+TYPED_TEST(DigitFieldsReadTest, FieldsLieOnTwoPages) {
+    using Char = typename TypeParam::Char;
+    constexpr std::size_t kPage = 4096 / sizeof(Char);
+    Fenced<Char> pages(2 * kPage);
+    for (int digits = 1; digits <= 13; ++digits) {
+        for (std::size_t before = 0; before <= 13; ++before) {
+            Char* const field = pages.data() + kPage - before;
+            std::fill_n(field, digits, Char{'7'});
+            this->compareAt(field, digits, digits);
+            for (int at = 0; at < digits; ++at) {
+                field[at] = 'x';
+                this->compareAt(field, digits, digits);
+                field[at] = '7';
+            }
+        }
+    }
+}
+
 // A memory checker sees each byte outside these blocks.
 TYPED_TEST(DigitFieldsReadTest, AFieldMayEndWithItsBlock) {
     using Char = typename TypeParam::Char;
