@@ -150,8 +150,9 @@ class FoldersTest(InstallationTest):
         self.install(*LINKED, build=build)
         self.assertEqual(below("include/korv", {name.split("/")[-1] for name in HEADERS})
                          | {"share/korv-support/valgrind.supp"}, self.files(self.prefix))
-        self.assertEqual(packages(*LIBRARIES) | {path.removeprefix("lib/") for path in for_gdb("lib")} | {"libKORVSupport.so.21", "libKORVSupport.so",
-                                     "libKORVDataCnvLib.so"}, self.files(libraries))
+        gdb = {path.removeprefix("lib/") for path in for_gdb("lib")}
+        self.assertEqual(packages(*LIBRARIES) | gdb | {"libKORVSupport.so.21", "libKORVSupport.so",
+                                                       "libKORVDataCnvLib.so"}, self.files(libraries))
         self.check_consumers(libraries, f"-Dkorv-support_DIR={libraries}/cmake/korv-support")
 
 
