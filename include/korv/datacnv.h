@@ -23,9 +23,8 @@
  *
  * In text whose length is given, zero units are ordinary characters, except in
  * KORVCnvWVarcharSzToVarcharSz. Conversions from wide to wide text copy the units without checking
- * them. Variable text and integers need not be aligned, because they may
- * follow a length prefix or be part of a row. All functions may run in any number of threads at
- * once.
+ * them. Variable text and integers need not be aligned, because they may follow a length prefix or
+ * be part of a row. All functions may run in any number of threads at once.
  *
  * Numbers of code pages are the usual ones: 37, 437, 850, 943, 1047, 1252, ... Every code page that
  * the system's iconv() knows as CPn or IBMn is available, and so are
@@ -64,7 +63,7 @@ typedef enum CnvStatus {
     CNV_SUCCESS = 0,             /**< The value was converted. */
     CNV_TARGET_TOO_SMALL = 201,  /**< The text and its terminator do not fit. */
     CNV_MALFORMED_SOURCE = 202,  /**< The source is not valid text, or ends within a character. */
-    CNV_UNCONVERTIBLE = 203,     /**< The target code page does not have a character. */
+    CNV_UNCONVERTIBLE = 203,     /**< A character does not exist in the target code page. */
     CNV_UNKNOWN_CODE_PAGE = 204, /**< The code page is unknown. */
     CNV_BAD_LENGTH = 205,        /**< A length is negative as a signed number. */
     CNV_NO_MEMORY = 206 /**< There is no memory or no file handle for a conversion by iconv(). */

@@ -92,9 +92,9 @@ KORV_API int32_t PXNumToLong(const char* field, int16_t digits, int16_t width, i
 /** KORVCharNumToInt is another name of PXNumToLong. @copydetails PXNumToLong */
 KORV_API int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t width, int32_t* value);
 
-/** PXNumToLongW is the wide counterpart of PXNumToLong. Unlike PXNumToLong, it accepts
- * exactly 256 blanks and a terminator as the tail with any larger width: what follows the
- * terminator is not compared.
+/** PXNumToLongW is the wide counterpart of PXNumToLong. Unlike PXNumToLong, it accepts exactly 256
+ * blanks and a terminator as the tail with any larger width: what follows the terminator is not
+ * compared.
  *
  * The digits are read one by one. The tail is read in blocks of 16 characters within `width` and
  * within one page of memory, also after a character that is not a blank; see PXNumToLong about
@@ -114,12 +114,11 @@ KORV_API int32_t PXNumToLongW(const wchar_t* field, int16_t digits, int16_t widt
 
 /** PXTransposeNum disguises a number of `length` digits.
  *
- * Unless `shift` is 0, the digit at position i, counted from 0, first becomes the remainder of
- * digit
- * + shift + i divided by 10. While the resulting digits add up to 0, this is repeated on them, so
- * that the shifted number is never all zeros. Then the digits are transposed in groups of four by
- * one of 23 permutations. The remainder of the key divided by 23 selects it; 23 is added to a
- * negative remainder.
+ * Unless `shift` is 0, the digit at position i, counted from 0, first becomes (digit + shift + i)
+ * modulo 10. While the resulting digits add up to 0, this is repeated on them, so that the shifted
+ * number is never all zeros. Then the digits are transposed in groups of four by one of 23
+ * permutations. The remainder of the key divided by 23 selects it; 23 is added to a negative
+ * remainder.
  *
  * Lengths 4, 8 and 12 are fully defined. At other lengths digits may be lost: in an incomplete
  * group a position that names a digit beyond the last becomes zero (the code 0). Every character
