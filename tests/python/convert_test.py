@@ -518,6 +518,8 @@ def test_a_signal_leaves_nothing(tmp_path, secrets_file, number, form):
         ],
         cwd=tmp_path,
         stderr=subprocess.PIPE,
+        # The tests may be run by a program that ignores it, such as nohup.
+        preexec_fn=lambda: signal.signal(number, signal.SIG_DFL),  # noqa: PLW1509 (there are no threads)
     )
     while process.poll() is None and not glob.glob(str(tmp_path / "out.*.tmp")):
         time.sleep(0.01)
