@@ -8,6 +8,10 @@ def label(row):
     return f"{row['function'].partition(',')[0]}, {row['input']} : {row['peer']}"
 
 
+def label_place(row):
+    return row["goal"] if row["ratio"] < row["goal"] < 1.5 * row["ratio"] else row["ratio"]
+
+
 def quoted(text):
     return '"' + text.replace("\\", "\\\\").replace('"', '\\"').replace("_", "\\\\_") + '"'
 
@@ -16,7 +20,8 @@ def script(rows, output):
     low = min([0.25] + [row["ratio"] / 2 for row in rows])
     high = max(2 * row["ratio"] for row in rows)
     tics = [tic for tic in (0.25, 0.5, 1, 2, 5, 10, 20, 50, 100, 200) if tic <= high]
-    measured = "\n".join(f"{i} {row['ratio']:.3f}" for i, row in enumerate(rows))
+    # The number stands to the right of the bar, and of the goal's mark if that would cross it.
+    measured = "\n".join(f"{i} {row['ratio']:.3f} {label_place(row):.3f}" for i, row in enumerate(rows))
     goals = "\n".join(f"{i} {row['goal']}" for i, row in enumerate(rows) if row["goal"])
     lines = [
         f'set terminal svg size 1100,{120 + ROW_HEIGHT * len(rows)} font "sans-serif,12" '
@@ -44,7 +49,7 @@ def script(rows, output):
         'lc rgb "#4878a8" title "measured", '
         "$goals using 2:($1-0.45):(0):(0.9) with vectors nohead lw 2 "
         'lc rgb "#c04020" title "goal", '
-        "$measured using 2:1:(sprintf(' %.1f', $2)) with labels left font ',10' notitle",
+        "$measured using 3:1:(sprintf(' %.1f', $2)) with labels left font ',10' notitle",
     ]
     return "\n".join(lines) + "\n"
 
