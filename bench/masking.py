@@ -169,9 +169,12 @@ def pgcrypto_hmac():
 
 
 def batches(build, now):
-    """The rows of single values in batches."""
-    lines = run_or_exit([now / "bin/bench_batch", now / "lib/bench-providers"]).splitlines()
-    times = {name: float(taken) for taken, name in (line.split(" ", 1) for line in lines)}
+    """The rows of single values in batches: the least of several runs, because other work only adds to it."""
+    times = {}
+    for _ in range(RUNS):
+        for line in run_or_exit([now / "bin/bench_batch", now / "lib/bench-providers"]).splitlines():
+            taken, name = line.split(" ", 1)
+            times[name] = min(times.get(name, float("inf")), float(taken))
     result = []
     for name, taken in times.items():
         limit = BATCH_LIMITS.get(name)
