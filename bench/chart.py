@@ -49,7 +49,7 @@ def script(rows, output):
         'lc rgb "#4878a8" title "measured", '
         "$goals using 2:($1-0.45):(0):(0.9) with vectors nohead lw 2 "
         'lc rgb "#c04020" title "goal", '
-        "$measured using 3:1:(sprintf(' %.1f', $2)) with labels left font ',10' notitle",
+        "$measured using 3:1:(sprintf('%.1f', $2)) with labels left offset char 0.6,0 font ',10' notitle",
     ]
     return "\n".join(lines) + "\n"
 
