@@ -16,6 +16,8 @@ cmake --build "$build" --target fuzzers
 
 for corpus in "$source"/fuzz/corpus/*/; do
     target=$(basename "$corpus")
+    # It loads provider modules from the build folder, which the service does not have.
+    [ "$target" != batch ] || continue
     cp "$build/bin/fuzz_$target" "$OUT/"
     rm -f "$OUT/fuzz_${target}_seed_corpus.zip"
     (cd "$corpus" && zip -q "$OUT/fuzz_${target}_seed_corpus.zip" -- *)

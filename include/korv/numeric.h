@@ -80,7 +80,7 @@ KORV_API int32_t PXIntToNumW(int32_t value, int16_t width, wchar_t* field);
  * the folder share/korv-support suppresses such reports.
  *
  * @param      field   the characters
- * @param      digits  digits to read; with 0 or less none is read, and the number is 0
+ * @param      digits  digits to read; with 0 or less no digit is read, and the number is 0
  * @param      width   bytes of the field; if `digits` is larger, the field has `digits` bytes. The
  *                     digits must be followed by `width` - `digits` blanks, also with a negative
  *                     `digits`
@@ -101,7 +101,7 @@ KORV_API int32_t KORVCharNumToInt(const char* field, int16_t digits, int16_t wid
  * memory checkers.
  *
  * @param      field   the characters
- * @param      digits  digits to read; with 0 or less none is read, and the number is 0
+ * @param      digits  digits to read; with 0 or less no digit is read, and the number is 0
  * @param      width   characters of the field; if `digits` is larger, the field has `digits`
  *                     characters. The digits must be followed by `width` - `digits` blanks, also
  *                     with a negative `digits`

@@ -260,7 +260,7 @@ KORV_API uint32_t* SwapnBytes_4(uint32_t* units, int32_t bytes);
 /** RTBITFIELD_FLIP stores bytes with their bits in reverse order. Each target byte is cleared
  * before its source byte is read, so flipping in place yields zeros.
  *
- * @param[out] target  room for `count` bytes; may be `source`, but must not overlap it in part
+ * @param[out] target  room for `count` bytes; must not overlap `source`
  * @param      source  `count` bytes
  * @param      count   bytes */
 KORV_API void RTBITFIELD_FLIP(uint8_t* target, const uint8_t* source, uint32_t count);

@@ -124,7 +124,7 @@ bool isAsciiLocale() noexcept {
         ascii &=
             static_cast<wchar_t>(Case::convert(static_cast<wint_t>(c))) == convertAscii<Case>(c);
     }
-    // Another thread may have changed the locale meanwhile. No is right for every locale.
+    // Another thread may have changed the locale meanwhile. The answer no is right for every one.
     ascii &= currentTable<Case>() == table;
     lastAnswer<Case>.store((name & ~uintptr_t{1}) | ascii, std::memory_order_relaxed);
     return ascii;
